@@ -1,0 +1,44 @@
+// File events from the Linux kernel, over inotify(7).
+//
+// One inotify instance, one reading thread and two walking ones serve all streams; they start with
+// the first stream. Folders may lie inside each other, be watched twice or have several names. What
+// the kernel does not report is not seen: mounting below the folder, renaming above it, and changes
+// made on another machine. Thread-safety: every operation may be called from any thread. Ownership:
+// the service owns its threads and outlives its streams; log and observer outlive the service.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+#include "platform/FileEventStream.hpp"
+#include "platform/Logger.hpp"
+#include "platform/linux/events/WatchCoverage.hpp"
+
+namespace kestrivane {
+
+class EventReader;
+
+class InotifyFileEventService final : public FileEventService {
+ public:
+  explicit InotifyFileEventService(UnifiedLog& log, WatchingObserver onWatching = {});
+  ~InotifyFileEventService() override;
+
+  FileEventId currentEventId() override;
+
+  /// Null, with an error in the log, when the system has no inotify instance left for the user
+  /// (fs.inotify.max_user_instances, or no descriptor). Relative paths and streams without
+  /// `fileEventStreamFileEvents` are not supported: null as well.
+  std::unique_ptr<FileEventStream> createStream(FileEventStreamConfiguration configuration,
+                                                std::shared_ptr<Executor> queue,
+                                                FileEventStream::Callback callback) override;
+
+ private:
+  std::unique_ptr<Logger> logger_;
+  WatchingObserver onWatching_;
+  std::mutex mutex_;
+  std::unique_ptr<EventReader> reader_;  // made with the first stream
+  std::atomic<std::uint32_t> lastStreamId_ = 0;
+};
+
+}  // namespace kestrivane

@@ -1,0 +1,134 @@
+#ifndef __linux__
+#error "This adapter is for Linux."
+#endif
+
+#include <algorithm>
+
+#include "platform/linux/images/HeicCodec.hpp"
+#include "platform/linux/images/HeifHandles.hpp"
+#include "platform/linux/images/RGBToYCbCr.hpp"
+
+namespace kestrivane::heic {
+namespace {
+
+/// The encoder's usual preset takes six times as long for a file that is 7 % smaller at the same
+/// likeness.
+constexpr const char* preset = "ultrafast";
+constexpr int quality = 60;
+/// Of a sample of pictures that are deeper than eight bits.
+constexpr int deepBits = 10;
+
+template <typename Number>
+Number* rowOf(heif_image* image, heif_channel channel, std::size_t y) {
+  int stride = 0;
+  std::uint8_t* const plane = heif_image_get_plane(image, channel, &stride);
+  return reinterpret_cast<Number*>(plane + y * static_cast<std::size_t>(stride));
+}
+
+template <typename Number>
+void copyGrey(const Number* source, std::size_t channels, std::size_t pixels, int bits,
+              Number* target) {
+  const std::uint32_t from = std::numeric_limits<Number>::max();
+  const std::uint32_t to = (1U << bits) - 1;
+  for (std::size_t x = 0; x < pixels; ++x)
+    target[x] = static_cast<Number>((source[x * channels] * to + from / 2) / from);
+}
+
+template <typename Number>
+void fillPlanes(const PixelRows& picture, heif_image* image, int bits) {
+  const PixelLayout layout = picture.layout();
+  const std::size_t channels = layout.channelCount();
+  const std::size_t width = picture.width();
+  const RGBToYCbCr<Number> conversion(bits);
+  std::vector<std::uint8_t> upperScratch(picture.scratchBytes());
+  std::vector<std::uint8_t> lowerScratch(picture.scratchBytes());
+  const Number* upper = nullptr;
+  for (std::size_t y = 0; y < picture.height(); ++y) {
+    const bool isUpper = y % 2 == 0;
+    const auto* const row = reinterpret_cast<const Number*>(
+        picture.row(y, isUpper ? upperScratch.data() : lowerScratch.data()));
+    if (isUpper) upper = row;
+    Number* const light = rowOf<Number>(image, heif_channel_Y, y);
+    if (layout.isGrey())
+      copyGrey(row, channels, width, bits, light);
+    else
+      conversion.brightness(row, channels, width, light);
+    if (layout.hasAlpha())
+      copyGrey(row + channels - 1, channels, width, bits,
+               rowOf<Number>(image, heif_channel_Alpha, y));
+    const bool isLast = y + 1 == picture.height();
+    if (!layout.isGrey() && (!isUpper || isLast))
+      conversion.halvedDifferences(upper, row, channels, width,
+                                   rowOf<Number>(image, heif_channel_Cb, y / 2),
+                                   rowOf<Number>(image, heif_channel_Cr, y / 2));
+  }
+}
+
+void setColors(heif_image* image, std::span<const std::uint8_t> profile) {
+  const ColorNumbers numbers(heif_nclx_color_profile_alloc());
+  if (!numbers) throw std::bad_alloc();
+  numbers->color_primaries = heif_color_primaries_ITU_R_BT_709_5;  // those of sRGB
+  numbers->transfer_characteristics = heif_transfer_characteristic_IEC_61966_2_1;
+  numbers->matrix_coefficients = heif_matrix_coefficients_ITU_R_BT_601_6;
+  numbers->full_range_flag = 1;
+  check(heif_image_set_nclx_color_profile(image, numbers.get()));
+  if (!profile.empty())
+    check(heif_image_set_raw_color_profile(image, "prof", profile.data(), profile.size()));
+}
+
+HeifImage makeImage(const PixelRows& picture) {
+  const PixelLayout layout = picture.layout();
+  const int bits = layout.depth == Depth::eight ? 8 : deepBits;
+  const int width = static_cast<int>(picture.width());
+  const int height = static_cast<int>(picture.height());
+  heif_image* made = nullptr;
+  check(heif_image_create(width, height,
+                          layout.isGrey() ? heif_colorspace_monochrome : heif_colorspace_YCbCr,
+                          layout.isGrey() ? heif_chroma_monochrome : heif_chroma_420, &made));
+  HeifImage image(made);
+  check(heif_image_add_plane(made, heif_channel_Y, width, height, bits));
+  if (!layout.isGrey())
+    for (const heif_channel channel : {heif_channel_Cb, heif_channel_Cr})
+      check(heif_image_add_plane(made, channel, (width + 1) / 2, (height + 1) / 2, bits));
+  if (layout.hasAlpha()) check(heif_image_add_plane(made, heif_channel_Alpha, width, height, bits));
+  if (layout.depth == Depth::eight)
+    fillPlanes<std::uint8_t>(picture, made, bits);
+  else
+    fillPlanes<std::uint16_t>(picture, made, bits);
+  setColors(made, picture.iccProfile());
+  return image;
+}
+
+Encoder makeEncoder(heif_context* context) {
+  heif_encoder* made = nullptr;
+  check(heif_context_get_encoder_for_format(context, heif_compression_HEVC, &made));
+  Encoder encoder(made);
+  check(heif_encoder_set_lossy_quality(made, quality));
+  check(heif_encoder_set_parameter_string(made, "preset", preset));
+  return encoder;
+}
+
+}  // namespace
+
+PixelLayout encodedLayout(PixelLayout source) {
+  return source;
+}
+
+void encode(const PixelRows& picture, ImageOutput& output) {
+  const Context context(heif_context_alloc());
+  if (!context) throw std::bad_alloc();
+  const Encoder encoder = makeEncoder(context.get());
+  HeifImage image = makeImage(picture);
+  check(heif_context_encode_image(context.get(), image.get(), encoder.get(), nullptr, nullptr));
+  heif_writer writer{};
+  writer.writer_api_version = 1;
+  writer.write = [](heif_context*, const void* bytes, std::size_t size, void* user) {
+    const bool written =
+        static_cast<ImageOutput*>(user)->write({static_cast<const std::uint8_t*>(bytes), size});
+    return heif_error{written ? heif_error_Ok : heif_error_Encoding_error,
+                      heif_suberror_Unspecified, "the file cannot be written"};
+  };
+  check(heif_context_write(context.get(), &writer, &output));
+}
+
+}  // namespace kestrivane::heic

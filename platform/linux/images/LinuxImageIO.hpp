@@ -1,0 +1,22 @@
+// Pictures on Linux: the codec table behind the `ImageIO` interface.
+//
+// Only the first picture of a file is read (index 0). Thread-safety and ownership: as `ImageIO`
+// says; this class keeps no state.
+#pragma once
+
+#include "platform/ImageIO.hpp"
+
+namespace kestrivane {
+
+class LinuxImageIO final : public ImageIO {
+ public:
+  std::unique_ptr<ImageSource> createSource(const FileURL& url) const override;
+  std::unique_ptr<ImageDestination> createDestination(const FileURL& url,
+                                                      std::string_view typeIdentifier,
+                                                      std::size_t imageCount) const override;
+  std::unique_ptr<BitmapContext> createBitmapContext(std::size_t width, std::size_t height,
+                                                     std::size_t bitsPerComponent,
+                                                     BitmapInfo info) const override;
+};
+
+}  // namespace kestrivane

@@ -1,0 +1,24 @@
+// Watches folders from start to signal: the wiring of the adapters.
+//
+// Thread-safety: for the main thread. Ownership: a call owns everything that it makes.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace kestrivane {
+
+struct FolderProblem {
+  std::string folder;       ///< as it was typed
+  std::string description;  ///< for the user
+};
+
+/// The folders that do not exist, are no folders or cannot be read.
+std::vector<FolderProblem> findFolderProblems(std::span<const std::string> folders);
+
+/// Watches the folders until SIGINT, SIGTERM or SIGHUP and lets the conversions under way finish.
+/// Returns the exit status: 0, or 1 when no folder could be watched.
+int watchFolders(std::span<const std::string> folders);
+
+}  // namespace kestrivane

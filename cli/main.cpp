@@ -1,0 +1,40 @@
+// kestrivane-watch: the headless companion. See `helpText` for what it does.
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/CommandLine.hpp"
+#include "cli/LineWriter.hpp"
+#include "cli/WatchProgram.hpp"
+
+int main(int argc, char** argv) {
+  using namespace kestrivane;
+  constexpr int usageError = 2;
+
+  const std::vector<std::string_view> arguments(argv + 1, argv + argc);
+  const CommandLine line = CommandLine::parse(arguments);
+  switch (line.action) {
+    case CommandLine::Action::showHelp:
+      std::cout << helpText();
+      return EXIT_SUCCESS;
+    case CommandLine::Action::showVersion:
+      std::cout << "kestrivane-watch " KESTRIVANE_VERSION "\n";
+      return EXIT_SUCCESS;
+    case CommandLine::Action::refuse:
+      std::cerr << "kestrivane-watch: " << printable(line.complaint) << '\n' << helpText();
+      return usageError;
+    case CommandLine::Action::watch:
+      break;
+  }
+
+  const std::vector<FolderProblem> problems = findFolderProblems(line.folders);
+  for (const FolderProblem& problem : problems) {
+    std::cerr << "kestrivane-watch: " << printable(problem.folder) << ": " << problem.description
+              << '\n';
+  }
+  if (!problems.empty()) return usageError;
+  return watchFolders(line.folders);
+}

@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+
+#include "platform/linux/images/MadeProfile.hpp"
+#include "platform/linux/images/PngCodec.hpp"
+#include "platform/linux/images/TiffCodec.hpp"
+#include "tests/platform/images/ImageTesting.hpp"
+
+namespace kestrivane::imageTesting {
+namespace {
+
+constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
+constexpr PixelLayout rgb16{Channels::rgb, Depth::sixteen};
+constexpr PixelLayout grey8{Channels::grey, Depth::eight};
+
+PixelBuffer decodeFile(const FileURL& url) {
+  return decode(tiffCodec, readFile(url));
+}
+
+/// What ImageMagick makes of the sample with `options`, as a TIFF.
+PixelBuffer decodeMade(const std::string& options, const std::string& source = "photo.png") {
+  const TemporaryFolder folder;
+  const FileURL made = folder / "made.tiff";
+  outputOf("convert " + sample(source).path() + " " + options + " TIFF:" + made.path());
+  return decodeFile(made);
+}
+
+/// The same as ImageMagick shows it.
+PixelBuffer shownByImageMagick(const std::string& name) {
+  const TemporaryFolder folder;
+  const FileURL shown = folder / "shown.png";
+  outputOf("convert " + sample(name).path() + " -depth 8 -strip PNG24:" + shown.path());
+  return decode(pngCodec, readFile(shown));
+}
+
+PixelBuffer photo() {
+  return decode(pngCodec, readFile(sample("photo.png")));
+}
+
+TEST(TiffCodec, bringsBackEveryLayoutExactly) {
+  for (const Depth depth : {Depth::eight, Depth::sixteen})
+    for (const Channels channels :
+         {Channels::grey, Channels::greyAlpha, Channels::rgb, Channels::rgba}) {
+      const PixelBuffer picture = makePicture(61, 43, {channels, depth});
+      EXPECT_EQ(maximumDifference(picture, decode(tiffCodec, encode(tiffCodec, picture))), 0);
+    }
+}
+
+TEST(TiffCodec, bringsBackAPictureOfManyStrips) {
+  const PixelBuffer picture = makePicture(700, 600, rgb8);
+  EXPECT_EQ(maximumDifference(picture, decode(tiffCodec, encode(tiffCodec, picture))), 0);
+}
+
+TEST(TiffCodec, keepsTheProfile) {
+  PixelBuffer picture = makePicture(8, 8, rgb8);
+  picture.iccProfile = makeProfile(sRGBChromaticities, {1.8});
+  EXPECT_EQ(decode(tiffCodec, encode(tiffCodec, picture)).iccProfile, picture.iccProfile);
+}
+
+TEST(TiffCodec, readsTiles) {
+  EXPECT_EQ(maximumDifference(decodeFile(sample("tiled.tiff")), shownByImageMagick("tiled.tiff")),
+            0);
+}
+
+TEST(TiffCodec, readsAPlaneForEachChannel) {
+  EXPECT_EQ(maximumDifference(decodeFile(sample("planar.tiff")), shownByImageMagick("planar.tiff")),
+            0);
+}
+
+TEST(TiffCodec, readsTilesOfPlanes) {
+  const TemporaryFolder folder;
+  const FileURL made = folder / "made.tiff";
+  outputOf("tiffcp -t -w 48 -l 32 -p separate -c zip " + sample("tiled.tiff").path() + " " +
+           made.path());
+  EXPECT_EQ(maximumDifference(decodeFile(made), decodeFile(sample("tiled.tiff"))), 0);
+}
+
+TEST(TiffCodec, readsSixteenBits) {
+  const PixelBuffer picture = decodeFile(sample("deep.tiff"));
+  ASSERT_EQ(picture.layout(), rgb16);
+  EXPECT_LE(maximumDifference(converted(picture, rgb8), shownByImageMagick("deep.tiff")), 1);
+}
+
+TEST(TiffCodec, readsSixteenBitsOfTheOtherByteOrder) {
+  const PixelBuffer swapped = decodeMade("-depth 16 -endian MSB -compress zip", "deep.tiff");
+  EXPECT_EQ(maximumDifference(swapped, decodeFile(sample("deep.tiff"))), 0);
+}
+
+TEST(TiffCodec, readsFloatingPointAsSixteenBits) {
+  const PixelBuffer picture = decodeFile(sample("float.tiff"));
+  ASSERT_EQ(picture.layout(), rgb16);
+  EXPECT_LE(maximumDifference(converted(picture, rgb8), shownByImageMagick("float.tiff")), 1);
+}
+
+TEST(TiffCodec, readsOneBitWhoseZeroIsWhite) {
+  const PixelBuffer picture = decodeFile(sample("fax.tiff"));
+  ASSERT_EQ(picture.layout(), grey8);
+  EXPECT_EQ(maximumDifference(converted(picture, rgb8), shownByImageMagick("fax.tiff")), 0);
+}
+
+TEST(TiffCodec, readsCmykAsRGB) {
+  const PixelBuffer picture = decodeFile(sample("cmyk.tiff"));
+  ASSERT_EQ(picture.layout(), rgb8);
+  EXPECT_LE(maximumDifference(picture, shownByImageMagick("cmyk.tiff")), 2);
+}
+
+TEST(TiffCodec, readsJpegInside) {
+  const PixelBuffer picture = decodeFile(sample("jpeg-inside.tiff"));
+  ASSERT_EQ(picture.layout(), rgb8);
+  EXPECT_LT(meanDifference(picture, shownByImageMagick("jpeg-inside.tiff")), 2);
+}
+
+TEST(TiffCodec, readsAPalette) {
+  const PixelBuffer picture = decodeMade("-type Palette -colors 200 -compress lzw");
+  ASSERT_EQ(picture.layout(), rgb8);
+  EXPECT_LT(meanDifference(picture, photo()), 6);
+}
+
+TEST(TiffCodec, readsFourBitsOfGrey) {
+  const PixelBuffer picture = decodeMade("-colorspace Gray -depth 4 -compress none");
+  ASSERT_EQ(picture.layout(), grey8);
+  for (std::size_t x = 0; x < picture.width(); ++x)
+    ASSERT_EQ(picture.row(10)[x] % 17, 0);
+}
+
+TEST(TiffCodec, takesTheColoursOfAssociatedAlphaApart) {
+  const PixelBuffer picture =
+      decodeMade("-define tiff:alpha=associated -compress none", "transparent.png");
+  ASSERT_EQ(picture.layout(), (PixelLayout{Channels::rgba, Depth::eight}));
+  const std::uint8_t* const pixel = picture.row(20) + std::size_t{48} * 4;  // in the circle
+  EXPECT_NEAR(pixel[0], 0xD0, 2);
+  EXPECT_NEAR(pixel[1], 0x40, 2);
+  EXPECT_EQ(pixel[3], 0xC0);
+}
+
+TEST(TiffCodec, readsWhatTheLibraryMustTranslate) {
+  const PixelBuffer picture = decodeMade("-colorspace Lab -compress none");
+  // The library's own idea of the white point shifts the colours a little.
+  EXPECT_LT(meanDifference(converted(picture, rgb8), photo()), 8);
+}
+
+TEST(TiffCodec, turnsThePictureUpright) {
+  const PixelBuffer picture = decodeMade("-rotate -90 -orient RightTop");
+  EXPECT_EQ(maximumDifference(picture, photo()), 0);
+}
+
+TEST(TiffCodec, refusesATruncatedFileWhereverItEnds) {
+  const Bytes bytes = encode(tiffCodec, makePicture(40, 30, rgb8));
+  for (std::size_t size = 0; size < bytes.size(); ++size)
+    EXPECT_THROW(decode(tiffCodec, std::span(bytes).first(size)), ImageError) << size;
+}
+
+TEST(TiffCodec, refusesSamplesThatAreCutShort) {
+  for (const std::string name : {"tiled.tiff", "planar.tiff", "fax.tiff", "jpeg-inside.tiff"}) {
+    Bytes bytes = readFile(sample(name));
+    // The directory may lie at either end; what is missing is zero, so the file keeps its length.
+    std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 4),
+              bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() * 3 / 4), std::uint8_t{0});
+    EXPECT_THROW(decode(tiffCodec, bytes), ImageError) << name;
+  }
+}
+
+}  // namespace
+}  // namespace kestrivane::imageTesting

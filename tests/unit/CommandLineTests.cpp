@@ -1,0 +1,62 @@
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "cli/CommandLine.hpp"
+#include "cli/LineWriter.hpp"
+#include "tests/support/FakeLocale.hpp"
+
+namespace kestrivane::test {
+namespace {
+
+using Action = CommandLine::Action;
+
+CommandLine parse(const std::vector<std::string_view>& arguments) {
+  return CommandLine::parse(arguments);
+}
+
+TEST(CommandLine, TakesEveryArgumentAsAFolder) {
+  const CommandLine line = parse({"a", "/b/c"});
+  EXPECT_EQ(line.action, Action::watch);
+  EXPECT_EQ(line.folders, (std::vector<std::string>{"a", "/b/c"}));
+}
+
+TEST(CommandLine, TakesFoldersThatLookLikeOptionsAfterTwoDashes) {
+  EXPECT_EQ(parse({"--", "--help"}).folders, std::vector<std::string>{"--help"});
+}
+
+TEST(CommandLine, KnowsHelpAndVersion) {
+  EXPECT_EQ(parse({"--help"}).action, Action::showHelp);
+  EXPECT_EQ(parse({"a", "-h"}).action, Action::showHelp);
+  EXPECT_EQ(parse({"--version"}).action, Action::showVersion);
+}
+
+TEST(CommandLine, RefusesUnknownOptionsAndAnEmptyLine) {
+  EXPECT_EQ(parse({"--fast"}).action, Action::refuse);
+  EXPECT_EQ(parse({"--fast"}).complaint, "There is no option --fast.");
+  EXPECT_EQ(parse({}).action, Action::refuse);
+  EXPECT_EQ(parse({}).complaint, "Name at least one folder to watch.");
+  const LanguageGuard russian("ru");
+  EXPECT_EQ(parse({}).complaint, "Укажите хотя бы одну папку для наблюдения.");
+}
+
+TEST(AbsoluteFolderPath, LosesDotsAndSlashesAtTheEnd) {
+  const std::string here = std::filesystem::current_path().native();
+  EXPECT_EQ(absoluteFolderPath("."), here);
+  EXPECT_EQ(absoluteFolderPath("pictures/"), here + "/pictures");
+  EXPECT_EQ(absoluteFolderPath("/usr//./share///"), "/usr/share");
+  EXPECT_EQ(absoluteFolderPath("/"), "/");
+  EXPECT_EQ(absoluteFolderPath("/usr/share/.."), "/usr");
+}
+
+TEST(Printable, EscapesControlCharactersAndMendsInvalidText) {
+  EXPECT_EQ(printable("a\nb\tc\x1b[31m\x7f"), "a\\nb\\x09c\\x1b[31m\\x7f");
+  EXPECT_EQ(printable("\xC2\x9B"
+                      "31m"),
+            "\\x9b31m");
+  EXPECT_EQ(printable("ФОТО -> é"), "ФОТО -> é");
+  EXPECT_EQ(printable("a\xFF.png"), "a\xEF\xBF\xBD.png");
+}
+
+}  // namespace
+}  // namespace kestrivane::test

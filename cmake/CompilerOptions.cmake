@@ -1,0 +1,26 @@
+# The options of every target, behind one interface library.
+add_library(kestrivane_options INTERFACE)
+target_include_directories(kestrivane_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(kestrivane_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+  -Woverloaded-virtual -Wimplicit-fallthrough -Werror)
+
+find_package(Threads REQUIRED)
+target_link_libraries(kestrivane_options INTERFACE Threads::Threads)
+
+set(KESTRIVANE_SANITIZER "" CACHE STRING "address or thread; empty for none")
+if(KESTRIVANE_SANITIZER STREQUAL "address")
+  set(sanitizers address,undefined)
+elseif(KESTRIVANE_SANITIZER STREQUAL "thread")
+  set(sanitizers thread)
+elseif(KESTRIVANE_SANITIZER)
+  message(FATAL_ERROR "KESTRIVANE_SANITIZER is '${KESTRIVANE_SANITIZER}', not address or thread.")
+endif()
+if(sanitizers)
+  # -O1 keeps the instrumented suites quick; frame pointers keep their reports readable. GCC 12 takes
+  # its own instrumentation for uses of uninitialised values.
+  target_compile_options(kestrivane_options INTERFACE
+    -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1
+    -Wno-maybe-uninitialized)
+  target_link_options(kestrivane_options INTERFACE -fsanitize=${sanitizers})
+endif()

@@ -110,10 +110,12 @@ Task<std::exception_ptr> ConversionEngine::convertInPlace(
   try {
     const FileURL temporaryURL = services_.fileManager.temporaryDirectory().appendingPathComponent(
         makeUUIDString() + "." + targetExtension);
+    // What somebody saves under the name during the conversion must not be overwritten.
+    const FileVersion version = services_.fileManager.versionOfItem(url);
     co_await converter->convert(url, temporaryURL);
     // Replacing flushes to the disk, which takes too long for the main thread.
-    const auto replace = [&fileManager = services_.fileManager, url, temporaryURL] {
-      fileManager.replaceItem(url, temporaryURL);
+    const auto replace = [&fileManager = services_.fileManager, url, temporaryURL, version] {
+      fileManager.replaceItem(url, temporaryURL, version);
     };
     co_await runOn(services_.dispatch.globalQueue(QualityOfService::userInitiated), replace);
     co_return nullptr;

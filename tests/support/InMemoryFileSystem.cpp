@@ -65,6 +65,7 @@ void InMemoryFileSystem::createDirectory(const std::string& path) {
 void InMemoryFileSystem::writeFile(const std::string& path, std::string content) {
   const bool isNew = !items_.contains(path);
   items_[path] = std::move(content);
+  lastWrites_[path] = ++writeCount_;
   report({{path, (isNew ? fileEventItemCreated : fileEventItemModified) | fileEventItemIsFile}});
 }
 
@@ -86,8 +87,10 @@ void InMemoryFileSystem::moveTree(const std::string& from, const std::string& to
     if (isAtOrBelow(path, from)) moved[to + path.substr(from.size())] = content;
   }
   std::erase_if(items_, [&from](const auto& item) { return isAtOrBelow(item.first, from); });
-  for (auto& [path, content] : moved)
+  for (auto& [path, content] : moved) {
     items_[path] = std::move(content);
+    lastWrites_[path] = ++writeCount_;
+  }
 }
 
 void InMemoryFileSystem::emit(const std::vector<std::string>& paths,
@@ -137,11 +140,19 @@ void InMemoryFileSystem::moveItem(const FileURL& source, const FileURL& destinat
   rename(source.path(), destination.path());
 }
 
-void InMemoryFileSystem::replaceItem(const FileURL& original, const FileURL& replacement) {
+FileVersion InMemoryFileSystem::versionOfItem(const FileURL& url) const {
+  const auto lastWrite = lastWrites_.find(url.path());
+  if (lastWrite == lastWrites_.end() || !items_.contains(url.path())) return {};
+  return {.inode = 1, .modifiedNanoseconds = lastWrite->second};
+}
+
+void InMemoryFileSystem::replaceItem(const FileURL& original, const FileURL& replacement,
+                                     const FileVersion& expected) {
   if (replacementsFail) throw failure(ENOSPC, "The disk is full");
   const std::optional<std::string> newContent = content(replacement.path());
   if (!newContent) throw failure(ENOENT, "Nothing to put in place");
   if (!items_.contains(original.path())) throw failure(ENOENT, "Nothing to replace");
+  if (versionOfItem(original) != expected) throw failure(ESTALE, "It was changed meanwhile");
   writeFile(original.path(), *newContent);
   items_.erase(replacement.path());
 }

@@ -51,7 +51,9 @@ class InMemoryFileSystem final : public FileManager, public FileEventService {
 
   ItemKind kindOfItem(const FileURL& url) const override;
   void moveItem(const FileURL& source, const FileURL& destination) override;
-  void replaceItem(const FileURL& original, const FileURL& replacement) override;
+  FileVersion versionOfItem(const FileURL& url) const override;
+  void replaceItem(const FileURL& original, const FileURL& replacement,
+                   const FileVersion& expected) override;
   FileURL temporaryDirectory() override;
 
   FileEventId currentEventId() override { return eventId_; }
@@ -70,7 +72,9 @@ class InMemoryFileSystem final : public FileManager, public FileEventService {
   void moveTree(const std::string& from, const std::string& to);
 
   std::map<std::string, std::optional<std::string>> items_;  ///< no content: a directory
+  std::map<std::string, std::int64_t> lastWrites_;           ///< by path: a number that grows
   std::set<Stream*> streams_;
+  std::int64_t writeCount_ = 0;
   FileEventId eventId_ = 1;
 };
 

@@ -87,6 +87,20 @@ TEST_F(ConversionEngineFailureTest,
   EXPECT_EQ(files.paths("/tmp").size(), 1U);
 }
 
+TEST_F(ConversionEngineFailureTest, WhatIsSavedUnderTheNameDuringAConversionIsNotOverwritten) {
+  const auto script = addConverter({"png", "jpg"});
+  script->duration = 1s;
+  startEngine();
+  rename("/w/a.png", "/w/a.jpg");
+  files.writeFile("/w/a.jpg", "the user's newest work");
+  dispatch.loop.advance(1s);
+  EXPECT_EQ(notifications.lines(),
+            (Lines{"Conversion error: It was changed meanwhile",
+                   "Conversion error: Conversion failed. File 'a.jpg' reverted to original "
+                   "extension 'png'."}));
+  EXPECT_EQ(files.content("/w/a.png"), "the user's newest work");
+}
+
 TEST_F(ConversionEngineFailureTest, APartialTemporaryFileIsLeftWhereItIs) {
   const auto script = addConverter({"png", "jpg"});
   script->failure = conversionFailed("no");

@@ -22,9 +22,6 @@ namespace {
 /// Twice as fast as the usual level 6, for files 1 to 2 % larger.
 constexpr int compressionLevel = 4;
 
-/// The most memory that one chunk besides the pixels may take; the largest profiles have 4 MB.
-constexpr std::size_t maximumChunkBytes = 16 * 1024 * 1024;
-
 /// Runs calls of libpng and throws when they fail. libpng reports an error by jumping back to
 /// here, which destroys nothing on the way: `calls` has no local variables that need it.
 template <typename Calls>
@@ -115,7 +112,10 @@ class Decoder {
   void readHeader() {
     png_set_read_fn(codec_, this, readBytes);
     png_set_user_limits(codec_, maximumSide, maximumSide);
-    png_set_chunk_malloc_max(codec_, maximumChunkBytes);
+    // Passed over without a look: libpng would take as much memory as their lengths claim.
+    constexpr png_byte ignored[] =
+        "bKGD\0hIST\0iTXt\0oFFs\0pCAL\0pHYs\0sCAL\0sPLT\0tEXt\0tIME\0zTXt";
+    png_set_keep_unknown_chunks(codec_, PNG_HANDLE_CHUNK_NEVER, ignored, sizeof ignored / 5);
     png_set_crc_action(codec_, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
     png_read_info(codec_, info_);
   }

@@ -15,8 +15,8 @@
 
 #include "platform/linux/FileDescriptor.hpp"
 #include "platform/linux/system/FileContents.hpp"
-#include "platform/linux/system/FileIdentity.hpp"
 #include "platform/linux/system/FileRename.hpp"
+#include "platform/linux/system/FileVersionOf.hpp"
 #include "platform/linux/system/PosixError.hpp"
 #include "platform/linux/system/StagedFile.hpp"
 #include "platform/linux/system/SystemCall.hpp"
@@ -62,11 +62,11 @@ void stageCopy(const FileDescriptor& source, const FileDescriptor& old, int fold
 /// on the same file system, else copies it. True when it was copied.
 bool stage(const FileURL& replacement, const FileDescriptor& old, int folder, StagedFile& staged) {
   const FileDescriptor fresh = openRegularFile(AT_FDCWD, replacement.path(), O_NOFOLLOW);
-  const FileIdentity freshIdentity = identityOf(fresh);
-  const FileIdentity oldIdentity = identityOf(old);
-  if (freshIdentity.device == oldIdentity.device) {
+  const FileVersion freshVersion = versionOf(fresh);
+  const FileVersion oldVersion = versionOf(old);
+  if (freshVersion.device == oldVersion.device) {
     // A file is not replaced by itself: the end would be to remove it.
-    if (freshIdentity.inode == oldIdentity.inode) throwSystemError(EINVAL);
+    if (freshVersion.inode == oldVersion.inode) throwSystemError(EINVAL);
     finish(fresh, old);
     if (staged.takeIn(replacement.path())) return false;
     if (errno != EXDEV) throwSystemError(errno);
@@ -93,9 +93,9 @@ void exchangeBack(int folder, const std::string& name, StagedFile& staged) {
 }
 
 /// For file systems that cannot exchange names.
-void renameOver(int folder, const std::string& name, const FileIdentity& expected,
+void renameOver(int folder, const std::string& name, const FileVersion& expected,
                 StagedFile& staged) {
-  if (identityAt(folder, name) != expected) throwSystemError(ESTALE);
+  if (versionAt(folder, name) != expected) throwSystemError(ESTALE);
   checked(renameat(folder, staged.name(), folder, name.c_str()));
   staged.release();
   // What is done cannot be undone here, so a failure to flush is no failure of the replacement.
@@ -103,13 +103,13 @@ void renameOver(int folder, const std::string& name, const FileIdentity& expecte
 }
 
 /// Makes `name`, if it still names the file that is `expected`, name the staged one.
-void commit(int folder, const std::string& name, const FileIdentity& expected, StagedFile& staged) {
+void commit(int folder, const std::string& name, const FileVersion& expected, StagedFile& staged) {
   if (!exchange(folder, name, staged)) {
     if (!isRenameFlagUnknown(errno)) throwSystemError(errno);
     return renameOver(folder, name, expected, staged);
   }
   try {
-    if (identityAt(folder, staged.name()) != expected) throwSystemError(ESTALE);
+    if (versionAt(folder, staged.name()) != expected) throwSystemError(ESTALE);
     flushFolder(folder);
   } catch (const std::system_error&) {
     exchangeBack(folder, name, staged);
@@ -120,11 +120,12 @@ void commit(int folder, const std::string& name, const FileIdentity& expected, S
 
 }  // namespace
 
-void replaceFile(const FileURL& original, const FileURL& replacement) try {
+void replaceFile(const FileURL& original, const FileURL& replacement,
+                 const FileVersion& expected) try {
   const FileDescriptor folder(checked(open(original.deletingLastPathComponent().path().c_str(),
                                            O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
   const std::string name = original.lastPathComponent();
-  const FileIdentity expected = identityAt(folder.get(), name);
+  if (versionAt(folder.get(), name) != expected) throwSystemError(ESTALE);
   const FileDescriptor old = openRegularFile(folder.get(), name, 0);
 
   StagedFile staged(folder.get());

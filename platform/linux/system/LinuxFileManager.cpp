@@ -10,6 +10,7 @@
 
 #include "platform/linux/system/FileRename.hpp"
 #include "platform/linux/system/FileReplacement.hpp"
+#include "platform/linux/system/FileVersionOf.hpp"
 #include "platform/linux/system/PosixError.hpp"
 
 namespace kestrivane {
@@ -25,8 +26,15 @@ void LinuxFileManager::moveItem(const FileURL& source, const FileURL& destinatio
     throw posixError(errno, FileOperation::move, source);
 }
 
-void LinuxFileManager::replaceItem(const FileURL& original, const FileURL& replacement) {
-  replaceFile(original, replacement);
+FileVersion LinuxFileManager::versionOfItem(const FileURL& url) const {
+  struct stat status;
+  if (lstat(url.path().c_str(), &status) != 0) return {};
+  return versionOf(status);
+}
+
+void LinuxFileManager::replaceItem(const FileURL& original, const FileURL& replacement,
+                                   const FileVersion& expected) {
+  replaceFile(original, replacement, expected);
 }
 
 FileURL LinuxFileManager::temporaryDirectory() {

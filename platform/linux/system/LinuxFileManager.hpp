@@ -11,7 +11,9 @@ class LinuxFileManager final : public FileManager {
  public:
   ItemKind kindOfItem(const FileURL& url) const override;
   void moveItem(const FileURL& source, const FileURL& destination) override;
-  void replaceItem(const FileURL& original, const FileURL& replacement) override;
+  FileVersion versionOfItem(const FileURL& url) const override;
+  void replaceItem(const FileURL& original, const FileURL& replacement,
+                   const FileVersion& expected) override;
   FileURL temporaryDirectory() override;
 
  private:

@@ -1,5 +1,5 @@
 // The desktop's notification service as one thread sees it: finds it, finds it again when it was
-// replaced, and speaks to it (Desktop Notifications Specification 1.2).
+// replaced, and speaks to it (Desktop Notifications 1.2 of freedesktop.org).
 //
 // Thread-safety: none; one thread uses it. Ownership: owns its connection to the bus; the
 // descriptor for abandoning is the caller's. Failures are thrown as `PlatformError`.

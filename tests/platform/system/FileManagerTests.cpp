@@ -74,6 +74,11 @@ class FileManagerConformance : public testing::TestWithParam<Factory> {
   const std::unique_ptr<Subject> subject = GetParam()();
   FileManager& manager = subject->manager();
 
+  void replace(const std::string& original, const std::string& replacement) {
+    const FileURL url = subject->url(original);
+    manager.replaceItem(url, subject->url(replacement), manager.versionOfItem(url));
+  }
+
   int codeOf(const std::function<void()>& operation) {
     try {
       operation();
@@ -135,23 +140,37 @@ TEST_P(FileManagerConformance, FailsToMoveWhatIsNotThere) {
 TEST_P(FileManagerConformance, ReplacesAFileAndConsumesTheReplacement) {
   subject->write("a.jpg", "old");
   subject->write("new", "new content");
-  manager.replaceItem(subject->url("a.jpg"), subject->url("new"));
+  replace("a.jpg", "new");
   EXPECT_EQ(subject->content("a.jpg"), "new content");
   EXPECT_EQ(subject->content("new"), "(none)");
 }
 
 TEST_P(FileManagerConformance, FailsToReplaceWhatIsNotThereAndCreatesNothing) {
   subject->write("new", "new content");
-  EXPECT_EQ(codeOf([&] { manager.replaceItem(subject->url("a.jpg"), subject->url("new")); }),
-            ENOENT);
+  EXPECT_EQ(codeOf([&] { replace("a.jpg", "new"); }), ENOENT);
   EXPECT_EQ(subject->content("a.jpg"), "(none)");
   EXPECT_EQ(subject->content("new"), "new content");
 }
 
+TEST_P(FileManagerConformance, FailsToReplaceWhatWasWrittenToSinceItsVersionWasTaken) {
+  subject->write("a.jpg", "old");
+  subject->write("new", "new content");
+  const FileURL original = subject->url("a.jpg");
+  const FileVersion version = manager.versionOfItem(original);
+  subject->write("a.jpg", "edited");
+  EXPECT_NE(manager.versionOfItem(original), version);
+  EXPECT_EQ(codeOf([&] { manager.replaceItem(original, subject->url("new"), version); }), ESTALE);
+  EXPECT_EQ(subject->content("a.jpg"), "edited");
+  EXPECT_EQ(subject->content("new"), "new content");
+}
+
+TEST_P(FileManagerConformance, HasNoVersionOfWhatIsNotThere) {
+  EXPECT_EQ(manager.versionOfItem(subject->url("a.jpg")), FileVersion{});
+}
+
 TEST_P(FileManagerConformance, FailsToReplaceByWhatIsNotThereAndKeepsTheOriginal) {
   subject->write("a.jpg", "old");
-  EXPECT_EQ(codeOf([&] { manager.replaceItem(subject->url("a.jpg"), subject->url("new")); }),
-            ENOENT);
+  EXPECT_EQ(codeOf([&] { replace("a.jpg", "new"); }), ENOENT);
   EXPECT_EQ(subject->content("a.jpg"), "old");
 }
 

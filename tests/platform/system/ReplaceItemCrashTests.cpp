@@ -32,7 +32,8 @@ class ReplaceItemCrash : public testing::TestWithParam<const char*> {
   const FileURL original = folder.write("a.jpg", std::string(length, 'a'));
 
   void replaceOnce(LinuxFileManager& manager, char letter) {
-    manager.replaceItem(original, other.write("new", std::string(length, letter)));
+    manager.replaceItem(original, other.write("new", std::string(length, letter)),
+                        manager.versionOfItem(original));
   }
 
   [[noreturn]] void replaceForever() {

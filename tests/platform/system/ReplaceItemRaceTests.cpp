@@ -51,7 +51,7 @@ class ReplaceItemRace : public testing::TestWithParam<Exchange> {
         if (flush == 1) interfere();
         return 0;
       });
-      manager.replaceItem(original, replacement);
+      manager.replaceItem(original, replacement, manager.versionOfItem(original));
       return std::string("replaced");
     });
   }

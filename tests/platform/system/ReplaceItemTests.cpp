@@ -77,9 +77,11 @@ class ReplaceItem : public testing::TestWithParam<Place> {
   FileURL original = folder.write("a.jpg", "old");
   FileURL replacement = other.write("new", "new content");
 
+  void replace() { manager.replaceItem(original, replacement, manager.versionOfItem(original)); }
+
   int codeOfReplacing() {
     try {
-      manager.replaceItem(original, replacement);
+      replace();
     } catch (const PlatformError& error) {
       return error.code();
     }
@@ -102,14 +104,14 @@ class ReplaceItem : public testing::TestWithParam<Place> {
   std::string reportOfReplacing(const std::function<void()>& restrict) {
     return reportOfChild([&] {
       restrict();
-      manager.replaceItem(original, replacement);
+      replace();
       return std::string("replaced");
     });
   }
 };
 
 TEST_P(ReplaceItem, LeavesNothingButTheNewFile) {
-  manager.replaceItem(original, replacement);
+  replace();
   expectReplaced();
 }
 
@@ -118,13 +120,13 @@ TEST_P(ReplaceItem, PutsALargeFileInPlaceByteForByte) {
   for (int i = 0; i < 300'000; ++i)
     content += std::to_string(i);
   other.write("new", content);
-  manager.replaceItem(original, replacement);
+  replace();
   EXPECT_TRUE(contentOf(original) == content);
 }
 
 TEST_P(ReplaceItem, PutsAnEmptyFileInPlace) {
   other.write("new", "");
-  manager.replaceItem(original, replacement);
+  replace();
   EXPECT_EQ(contentOf(original), "");
 }
 
@@ -134,7 +136,7 @@ TEST_P(ReplaceItem, KeepsThePermissions) {
     replacement = other.write("new", "new content");
     chmod(original.path().c_str(), mode);
     chmod(replacement.path().c_str(), 0640);
-    manager.replaceItem(original, replacement);
+    replace();
     EXPECT_EQ(statusOf(original).st_mode & 07777, mode);
     expectReplaced();
     unlink(original.path().c_str());
@@ -143,14 +145,14 @@ TEST_P(ReplaceItem, KeepsThePermissions) {
 
 TEST_P(ReplaceItem, DropsTheSetUserIDBitAsWritingWould) {
   chmod(original.path().c_str(), 04755);
-  manager.replaceItem(original, replacement);
+  replace();
   EXPECT_EQ(statusOf(original).st_mode & 07777, 0755U);
 }
 
 TEST_P(ReplaceItem, KeepsTheOwnerAndGroupWherePermitted) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
   ASSERT_EQ(chown(original.path().c_str(), 12345, 23456), 0);
-  manager.replaceItem(original, replacement);
+  replace();
   EXPECT_EQ(statusOf(original).st_uid, 12345U);
   EXPECT_EQ(statusOf(original).st_gid, 23456U);
 }
@@ -173,7 +175,7 @@ TEST_P(ReplaceItem, TakesTheFileOverWhereTheOwnerCannotBeKept) {
 TEST_P(ReplaceItem, KeepsExtendedAttributesAndDropsThoseOfTheReplacement) {
   ASSERT_TRUE(setAttribute(original, "user.comment", std::string("a\0b", 3)));
   ASSERT_TRUE(setAttribute(original, "user.empty", ""));
-  manager.replaceItem(original, replacement);
+  replace();
   EXPECT_EQ(attributeOf(original, "user.comment"), std::string("a\0b", 3));
   EXPECT_EQ(attributeOf(original, "user.empty"), "");
   expectReplaced();
@@ -181,21 +183,21 @@ TEST_P(ReplaceItem, KeepsExtendedAttributesAndDropsThoseOfTheReplacement) {
 
 TEST_P(ReplaceItem, KeepsTheAccessControlList) {
   ASSERT_TRUE(setAttribute(original, "system.posix_acl_access", accessList));
-  manager.replaceItem(original, replacement);
+  replace();
   EXPECT_EQ(attributeOf(original, "system.posix_acl_access"), accessList);
   EXPECT_EQ(statusOf(original).st_mode & 0777, 0640U);
 }
 
 TEST_P(ReplaceItem, DoesNotTakeOnTheFoldersDefaultAccessControlList) {
   ASSERT_TRUE(setAttribute(FileURL(folder.path()), "system.posix_acl_default", accessList));
-  manager.replaceItem(original, replacement);
+  replace();
   EXPECT_EQ(attributeOf(original, "system.posix_acl_access"), "(none)");
   EXPECT_EQ(statusOf(original).st_mode & 0777, 0644U);
 }
 
 TEST_P(ReplaceItem, LeavesOtherHardLinksWithTheOldContent) {
   ASSERT_EQ(link(original.path().c_str(), folder.url("b.jpg").path().c_str()), 0);
-  manager.replaceItem(original, replacement);
+  replace();
   expectReplaced({"a.jpg", "b.jpg"});
   EXPECT_EQ(contentOf(folder.url("b.jpg")), "old");
 }
@@ -205,7 +207,7 @@ TEST_P(ReplaceItem, ReplacesASymbolicLinkAndSparesTheFileBehindIt) {
   chmod(target.path().c_str(), 0600);
   unlink(original.path().c_str());
   ASSERT_EQ(symlink("archive.png", original.path().c_str()), 0);
-  manager.replaceItem(original, replacement);
+  replace();
   EXPECT_TRUE(S_ISREG(statusOf(original).st_mode));
   EXPECT_EQ(statusOf(original).st_mode & 07777, 0600U);
   EXPECT_EQ(contentOf(target), "the only copy");
@@ -240,7 +242,7 @@ TEST_P(ReplaceItem, WorksWithEveryNameThatAFileCanHave) {
         std::string(251, 'x') + ".jpg", std::string(".jpg"), std::string("-rf")}) {
     replacement = other.write("new", "new content");
     original = folder.write(name, "old");
-    manager.replaceItem(original, replacement);
+    replace();
     EXPECT_EQ(contentOf(original), "new content") << name;
     unlink(original.path().c_str());
   }
@@ -326,7 +328,7 @@ TEST_P(ReplaceItemByCopy, LeavesBothFilesWhenTheDiskIsFull) {
     if (!enterMountNamespace() || !mountMemory(folder.path(), "size=64k")) return "no mount";
     folder.write("a.jpg", "old");
     try {
-      manager.replaceItem(original, replacement);
+      replace();
     } catch (const PlatformError& error) {
       if (error.code() != ENOSPC) throw;
       return contentOf(original) + " alone: " + std::to_string(folder.names().size());

@@ -1,6 +1,5 @@
 // kestrivane-watch: the headless companion. See `helpText` for what it does.
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -9,11 +8,13 @@
 #include "cli/CommandLine.hpp"
 #include "cli/LineWriter.hpp"
 #include "cli/WatchProgram.hpp"
+#include "platform/linux/system/ProcessMemory.hpp"
 
 int main(int argc, char** argv) {
   using namespace kestrivane;
   constexpr int usageError = 2;
 
+  returnLargeBlocksWhenFreed();
   const std::vector<std::string_view> arguments(argv + 1, argv + argc);
   const CommandLine line = CommandLine::parse(arguments);
   switch (line.action) {

@@ -1,9 +1,9 @@
 // The owner of one file descriptor. Thread-safety: none. Ownership: closes what it holds.
 #pragma once
 
-#include <unistd.h>
-
 #include <utility>
+
+#include <unistd.h>
 
 namespace kestrivane {
 

@@ -10,7 +10,8 @@ namespace kestrivane::test {
 namespace {
 
 TEST(UUID, HasTheThirtySixCharacterUpperCaseFormOfARandomOne) {
-  for (int i = 0; i < 100; ++i) EXPECT_TRUE(isUpperCaseUUID(makeUUIDString()));
+  for (int i = 0; i < 100; ++i)
+    EXPECT_TRUE(isUpperCaseUUID(makeUUIDString()));
 }
 
 TEST(UUID, IsFreshEveryTime) {

@@ -14,7 +14,7 @@
 #include <sys/eventfd.h>
 
 #include "platform/PlatformError.hpp"
-#include "platform/linux/system/SignalMask.hpp"
+#include "platform/linux/SignalMask.hpp"
 
 namespace kestrivane {
 

@@ -12,8 +12,8 @@
 #include <sys/eventfd.h>
 
 #include "platform/PlatformError.hpp"
+#include "platform/linux/SignalMask.hpp"
 #include "platform/linux/system/NotificationService.hpp"
-#include "platform/linux/system/SignalMask.hpp"
 #include "platform/linux/system/SystemCall.hpp"
 
 namespace kestrivane {

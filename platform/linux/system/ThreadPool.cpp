@@ -8,7 +8,7 @@
 
 #include <pthread.h>
 
-#include "platform/linux/system/SignalMask.hpp"
+#include "platform/linux/SignalMask.hpp"
 
 namespace kestrivane {
 

@@ -18,8 +18,8 @@
 #include "platform/linux/system/SerialQueue.hpp"
 #include "platform/linux/system/ThreadPool.hpp"
 #include "tests/platform/events/EventRecorder.hpp"
-#include "tests/platform/system/TemporaryFolder.hpp"
 #include "tests/support/FakeLog.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::test {
 

@@ -11,8 +11,8 @@
 #include "platform/PlatformError.hpp"
 #include "platform/linux/system/LinuxFileManager.hpp"
 #include "tests/platform/system/EnvironmentGuard.hpp"
-#include "tests/platform/system/TemporaryFolder.hpp"
 #include "tests/support/InMemoryFileSystem.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::test {
 namespace {

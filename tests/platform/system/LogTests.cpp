@@ -20,7 +20,7 @@
 #include "tests/platform/system/ChildProcess.hpp"
 #include "tests/platform/system/EnvironmentGuard.hpp"
 #include "tests/platform/system/MountNamespace.hpp"
-#include "tests/platform/system/TemporaryFolder.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::test {
 namespace {

@@ -10,7 +10,7 @@
 #include <sys/types.h>
 
 #include "tests/platform/system/EnvironmentGuard.hpp"
-#include "tests/platform/system/TemporaryFolder.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::test {
 

@@ -13,7 +13,7 @@
 #include "platform/linux/system/LinuxFileManager.hpp"
 #include "tests/platform/system/ChildProcess.hpp"
 #include "tests/platform/system/EnvironmentGuard.hpp"
-#include "tests/platform/system/TemporaryFolder.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::test {
 namespace {

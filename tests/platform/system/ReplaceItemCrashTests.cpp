@@ -11,7 +11,7 @@
 
 #include "platform/linux/StagingName.hpp"
 #include "platform/linux/system/LinuxFileManager.hpp"
-#include "tests/platform/system/TemporaryFolder.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::test {
 namespace {

@@ -21,7 +21,7 @@
 #include "tests/platform/system/FlushHook.hpp"
 #include "tests/platform/system/MountNamespace.hpp"
 #include "tests/platform/system/SystemCallFilter.hpp"
-#include "tests/platform/system/TemporaryFolder.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::test {
 namespace {

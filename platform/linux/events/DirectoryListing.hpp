@@ -21,7 +21,7 @@ class DirectoryListing {
   void forEach(const FileDescriptor& directory, const Visitor& visit);
 
  private:
-  static constexpr std::size_t bufferSize = 32 * 1024;
+  static constexpr std::size_t bufferSize = std::size_t{32} * 1024;
 
   std::unique_ptr<std::byte[]> buffer_ = std::make_unique<std::byte[]>(bufferSize);
 };

@@ -47,7 +47,7 @@ class Inotify {
  private:
   explicit Inotify(FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
-  static constexpr std::size_t bufferSize = 64 * 1024;
+  static constexpr std::size_t bufferSize = std::size_t{64} * 1024;
 
   FileDescriptor descriptor_;
   std::unique_ptr<std::byte[]> buffer_ = std::make_unique<std::byte[]>(bufferSize);

@@ -27,6 +27,7 @@ isPresent() {
     command) command -v "$what" ;;
     module) pkg-config --exists "$what" ;;
     header) c++ -E -x c++ - <<<"#include <$what>" ;;
+    file) test -e "$what" ;;
     python) /usr/bin/python3 -c "import $what" ;;
     *) die "packaging/packages: '$1' is no check that is known." ;;
   esac >/dev/null 2>&1

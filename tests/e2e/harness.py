@@ -13,53 +13,17 @@ import signal
 import subprocess
 import tempfile
 import threading
-import time
 import unittest
+
+from pictures import FORMATS
+from waiting import PATIENCE, output, waitUntil
 
 # Set by run_tests.py.
 program = None
 
-SAMPLES = pathlib.Path(__file__).resolve().parent.parent / "samples"
-
-# Long enough for a loaded machine under an emulator; no test waits for it unless it is to fail.
-PATIENCE = 120
-
 # The two reasons of the image converter for a source that is no picture, or a damaged one.
 UNREADABLE = "Conversion error: Failed to read source image."
 UNDECODABLE = "Conversion error: Failed to extract image data."
-
-# Widths and heights of the pictures that the tests make.
-SMALL = (64, 48)
-LARGE = (4000, 3000)
-
-# extension: (format as `identify` names it, type as `file` names it)
-FORMATS = {
-    "jpg": ("JPEG", "image/jpeg"),
-    "jpeg": ("JPEG", "image/jpeg"),
-    "png": ("PNG", "image/png"),
-    "heic": ("HEIC", "image/heic"),
-    "tiff": ("TIFF", "image/tiff"),
-    "gif": ("GIF", "image/gif"),
-    "bmp": ("BMP", "image/bmp"),
-    "webp": ("WEBP", "image/webp"),
-    "ico": ("ICO", "image/vnd.microsoft.icon"),
-}
-
-
-def output(*command, stdin=subprocess.DEVNULL):
-    done = subprocess.run(command, stdin=stdin, capture_output=True, timeout=PATIENCE)
-    if done.returncode != 0:
-        raise AssertionError(f"{command}: {done.stderr.decode(errors='replace')}")
-    return done.stdout.decode().strip()
-
-
-def waitUntil(condition, description):
-    """Polls `condition`; for what no event announces, such as a file that appears."""
-    deadline = time.monotonic() + PATIENCE
-    while not condition():
-        if time.monotonic() > deadline:
-            raise AssertionError(f"waited in vain for {description}")
-        time.sleep(0.005)
 
 
 class Watch:
@@ -236,7 +200,9 @@ class WatchTestCase(unittest.TestCase):
         # All that `file` takes it for, because an icon with a large picture inside may pass for a
         # Targa image first.
         with open(self.path(name), "rb") as file:
-            types = output("file", "--brief", "--keep-going", "--raw", "--mime-type", "-", stdin=file)
+            types = output(
+                "file", "--brief", "--keep-going", "--raw", "--mime-type", "-", stdin=file
+            )
         self.assertIn(mime, re.split(r"\s-\s|\s", types), name)
 
     def assertLooksLike(self, name, extension, original, *preparation):
@@ -292,36 +258,3 @@ def criticalFailure(new):
         f"Critical error: Could not revert file '{new}' to its original extension. "
         "Please check it manually."
     )
-
-
-def sample(extension):
-    """A small real photo in this format."""
-    return SAMPLES / f"photo.{'jpg' if extension == 'jpeg' else extension}"
-
-
-def smallPicture(folder):
-    """A PNG picture made from a real photo, small enough for hundreds of conversions."""
-    return resized_(folder / "small.png", SMALL)
-
-
-def largePicture(folder):
-    """A PNG picture whose conversion to HEIC takes long enough to do something meanwhile."""
-    return resized_(folder / "large.png", LARGE)
-
-
-def resized_(path, size):
-    if not path.exists():
-        geometry = "{}x{}!".format(*size)
-        output("convert", sample("jpg"), "-resize", geometry, "-quality", "10", path)
-    return path
-
-
-def sizeOf(path):
-    width, height = output("identify", "-format", "%w %h\n", f"{path}[0]").split()[:2]
-    return int(width), int(height)
-
-
-def iconSide(size):
-    """The side of the icon that a picture of this size becomes."""
-    side = min(size)
-    return next((limit for limit in (256, 128, 48, 32) if side > limit), 16)

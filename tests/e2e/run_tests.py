@@ -31,7 +31,9 @@ def main(program, *names):
             sys.exit("\n".join(loader.errors))
         print("\n".join(test.id() for test in tests))
         return
-    suite = loader.loadTestsFromNames(names) if names else loader.discover(HERE, pattern="test_*.py")
+    suite = (
+        loader.loadTestsFromNames(names) if names else loader.discover(HERE, pattern="test_*.py")
+    )
     result = unittest.TextTestRunner(verbosity=2).run(suite)
     sys.exit(0 if result.wasSuccessful() and result.testsRun else 1)
 

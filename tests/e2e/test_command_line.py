@@ -3,7 +3,9 @@
 import subprocess
 
 import harness
-from harness import PATIENCE, WatchTestCase, smallPicture
+from harness import WatchTestCase
+from pictures import smallPicture
+from waiting import PATIENCE
 
 
 class CommandLine(WatchTestCase):

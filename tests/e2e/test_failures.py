@@ -7,20 +7,9 @@ import subprocess
 import zlib
 
 import harness
-from harness import (
-    LARGE,
-    SMALL,
-    UNDECODABLE,
-    UNREADABLE,
-    WatchTestCase,
-    criticalFailure,
-    failure,
-    largePicture,
-    output,
-    sample,
-    smallPicture,
-    success,
-)
+from harness import UNDECODABLE, UNREADABLE, WatchTestCase, criticalFailure, failure, success
+from pictures import LARGE, SMALL, largePicture, sample, smallPicture
+from waiting import output
 
 NOBODY = 65534
 
@@ -133,7 +122,9 @@ class FullDisk(WatchTestCase):
         self.put(sample("png"), "picture.png")
         self.start(prepare=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000)))
         self.rename("picture.png", "picture.bmp", reverted="picture.png")
-        self.assertPrinted(*failure("Conversion error: Ошибка записи файла bmp.", "picture.bmp", "png"))
+        self.assertPrinted(
+            *failure("Conversion error: Ошибка записи файла bmp.", "picture.bmp", "png")
+        )
         self.assertEqual(self.read("picture.png"), sample("png").read_bytes())
 
     def test_a_temporary_folder_that_is_full(self):
@@ -141,7 +132,9 @@ class FullDisk(WatchTestCase):
         self.put(sample("png"), "picture.png")
         self.start()
         self.rename("picture.png", "picture.bmp", reverted="picture.png")
-        self.assertPrinted(*failure("Conversion error: Ошибка записи файла bmp.", "picture.bmp", "png"))
+        self.assertPrinted(
+            *failure("Conversion error: Ошибка записи файла bmp.", "picture.bmp", "png")
+        )
         self.assertEqual(self.read("picture.png"), sample("png").read_bytes())
 
     def test_a_watched_folder_that_is_full(self):

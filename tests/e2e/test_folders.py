@@ -3,7 +3,9 @@
 import os
 import shutil
 
-from harness import LARGE, SMALL, UNREADABLE, WatchTestCase, failure, criticalFailure, largePicture, smallPicture, success, waitUntil
+from harness import UNREADABLE, WatchTestCase, failure, criticalFailure, success
+from pictures import LARGE, SMALL, largePicture, smallPicture
+from waiting import waitUntil
 
 
 class Folders(WatchTestCase):

@@ -2,7 +2,8 @@
 
 import signal
 
-from harness import LARGE, WatchTestCase, largePicture, success
+from harness import WatchTestCase, success
+from pictures import LARGE, largePicture
 
 
 class Interruption(WatchTestCase):

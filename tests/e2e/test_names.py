@@ -1,6 +1,7 @@
 """File names are bytes: whatever they are, the file is converted and the output is valid UTF-8."""
 
-from harness import SMALL, UNREADABLE, WatchTestCase, failure, smallPicture, success
+from harness import UNREADABLE, WatchTestCase, failure, success
+from pictures import SMALL, smallPicture
 
 
 class Names(WatchTestCase):
@@ -12,11 +13,17 @@ class Names(WatchTestCase):
         self.assertPicture(new, "jpg", SMALL)
 
     def test_a_name_that_is_not_utf8(self):
-        self.assertConverted(b"\xff\xe9t\xe9.png", b"\xff\xe9t\xe9.jpg", "\ufffd\ufffdt\ufffd.png",
-                             "\ufffd\ufffdt\ufffd.jpg")
+        self.assertConverted(
+            b"\xff\xe9t\xe9.png",
+            b"\xff\xe9t\xe9.jpg",
+            "\ufffd\ufffdt\ufffd.png",
+            "\ufffd\ufffdt\ufffd.jpg",
+        )
 
     def test_a_name_with_a_line_feed(self):
-        self.assertConverted("two\nlines.png", "two\nlines.jpg", r"two\nlines.png", r"two\nlines.jpg")
+        self.assertConverted(
+            "two\nlines.png", "two\nlines.jpg", r"two\nlines.png", r"two\nlines.jpg"
+        )
 
     def test_a_name_with_an_apostrophe(self):
         self.assertConverted("it's.png", "it's.jpg", "it's.png", "it's.jpg")
@@ -49,4 +56,6 @@ class Names(WatchTestCase):
         self.assertConverted("ФОТО.PNG", "ФОТО.JPG", "ФОТО.PNG", "ФОТО.JPG")
 
     def test_only_the_last_extension_counts(self):
-        self.assertConverted("archive.tar.png", "archive.tar.jpg", "archive.tar.png", "archive.tar.jpg")
+        self.assertConverted(
+            "archive.tar.png", "archive.tar.jpg", "archive.tar.png", "archive.tar.jpg"
+        )

@@ -6,7 +6,9 @@ import signal
 import subprocess
 import threading
 
-from harness import PATIENCE, WatchTestCase, smallPicture, success, waitUntil
+from harness import WatchTestCase, success
+from pictures import smallPicture
+from waiting import PATIENCE, waitUntil
 
 HERE = pathlib.Path(__file__).resolve().parent
 
@@ -30,7 +32,13 @@ class Service:
     def __init__(self, environment, seconds, capabilities):
         self.notifications = []
         self.process = subprocess.Popen(
-            ["/usr/bin/python3", "-B", HERE / "notification_service.py", str(seconds), *capabilities],
+            [
+                "/usr/bin/python3",
+                "-B",
+                HERE / "notification_service.py",
+                str(seconds),
+                *capabilities,
+            ],
             env=environment,
             stdout=subprocess.PIPE,
             text=True,

@@ -2,16 +2,8 @@
 
 import os
 
-from harness import (
-    FORMATS,
-    SMALL,
-    WatchTestCase,
-    iconSide,
-    sample,
-    sizeOf,
-    smallPicture,
-    success,
-)
+from harness import WatchTestCase, success
+from pictures import FORMATS, SMALL, iconSide, sample, sizeOf, smallPicture
 
 
 class PicturePairs(WatchTestCase):

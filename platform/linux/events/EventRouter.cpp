@@ -179,14 +179,15 @@ std::shared_ptr<Walk> EventRouter::makeWalk(StreamId id, Stream& stream, Walk::R
 }
 
 void EventRouter::queueDrained(TimePoint now) {
+  // First, as a walk that has ended may leave doubts, and nothing else would wake the reader.
+  for (const std::shared_ptr<Walk>& walk : std::exchange(finishedWalks_, {}))
+    finish(*walk, now);
   for (const WatchRegistry::Location& location : doubts_.settle()) {
     Stream* const stream = find(location.stream);
     if (stream == nullptr) continue;
     walker_.startAt(makeWalk(location.stream, *stream, Walk::Reports::whatIsFound),
                     location.directory, TreeWalker::Top::isKnown);
   }
-  for (const std::shared_ptr<Walk>& walk : std::exchange(finishedWalks_, {}))
-    finish(*walk, now);
   for (auto& [id, stream] : streams_) {
     if (!stream.isAnnounced && stream.walksUnderWay == 0 && !doubts_.concern(id)) announce(stream);
   }

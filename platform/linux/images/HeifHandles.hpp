@@ -3,30 +3,19 @@
 // Thread-safety: none. Ownership: each releases what it holds.
 #pragma once
 
-#include <memory>
-
 #include <libheif/heif.h>
 
 #include "platform/linux/images/ImageError.hpp"
+#include "platform/linux/images/LibraryHandle.hpp"
 
 namespace kestrivane::heic {
 
-template <auto release>
-struct Releaser {
-  template <typename Handle>
-  void operator()(Handle* handle) const {
-    release(handle);
-  }
-};
-
-using Context = std::unique_ptr<heif_context, Releaser<heif_context_free>>;
-using ImageHandle = std::unique_ptr<heif_image_handle, Releaser<heif_image_handle_release>>;
-using HeifImage = std::unique_ptr<heif_image, Releaser<heif_image_release>>;
-using Encoder = std::unique_ptr<heif_encoder, Releaser<heif_encoder_release>>;
-using DecodingOptions =
-    std::unique_ptr<heif_decoding_options, Releaser<heif_decoding_options_free>>;
-using ColorNumbers =
-    std::unique_ptr<heif_color_profile_nclx, Releaser<heif_nclx_color_profile_free>>;
+using Context = LibraryHandle<heif_context, heif_context_free>;
+using ImageHandle = LibraryHandle<heif_image_handle, heif_image_handle_release>;
+using HeifImage = LibraryHandle<heif_image, heif_image_release>;
+using Encoder = LibraryHandle<heif_encoder, heif_encoder_release>;
+using DecodingOptions = LibraryHandle<heif_decoding_options, heif_decoding_options_free>;
+using ColorNumbers = LibraryHandle<heif_color_profile_nclx, heif_nclx_color_profile_free>;
 
 inline void check(const heif_error& error) {
   if (error.code != heif_error_Ok) throw ImageError(error.message);

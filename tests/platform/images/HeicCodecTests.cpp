@@ -38,7 +38,7 @@ Bytes encodeTurned(const PixelBuffer& picture, heif_orientation orientation) {
   heif_encoder* encoder = nullptr;
   heic::check(heif_context_get_encoder_for_format(context.get(), heif_compression_HEVC, &encoder));
   const heic::Encoder encoderOwner(encoder);
-  const std::unique_ptr<heif_encoding_options, heic::Releaser<heif_encoding_options_free>> options(
+  const LibraryHandle<heif_encoding_options, heif_encoding_options_free> options(
       heif_encoding_options_alloc());
   options->image_orientation = orientation;
   heic::check(heif_context_encode_image(context.get(), made, encoder, options.get(), nullptr));

@@ -106,7 +106,7 @@ PixelLayout encodedLayout(PixelLayout source) {
   return {source.channels, Depth::eight};
 }
 
-void encode(const PixelRows& picture, ImageOutput& output) {
+void encode(PixelRows& picture, ImageOutput& output) {
   const Kind kind = kindOf(picture.layout());
   const std::size_t rowBytes = (picture.width() * kind.bytesPerPixel + 3) / 4 * 4;
   const auto pixelBytes = static_cast<std::uint32_t>(rowBytes * picture.height());

@@ -36,9 +36,10 @@ struct Codec {
 
   ProfileSupport profileSupport;
 
-  /// Writes the picture and nothing else: no metadata but the profile. Throws `ImageError` when
-  /// the format cannot hold it; errors of the file itself are left to `ImageOutput::finish`.
-  void (*encode)(const PixelRows& picture, ImageOutput& output);
+  /// Writes the picture and nothing else: no metadata but the profile. May let go of the pixels
+  /// (`PixelRows::release`) as soon as it has read them. Throws `ImageError` when the format cannot
+  /// hold the picture; errors of the file itself are left to `ImageOutput::finish`.
+  void (*encode)(PixelRows& picture, ImageOutput& output);
 };
 
 }  // namespace kestrivane

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <optional>
 
+#include "platform/linux/images/UprightRows.hpp"
+
 namespace kestrivane {
 namespace {
 
@@ -33,49 +35,6 @@ class TiffNumbers {
   std::span<const std::uint8_t> bytes_;
   bool bigEndian_;
 };
-
-void mirrorRows(PixelBuffer& picture) {
-  const std::size_t bytes = picture.rowBytes();
-  for (std::size_t y = 0; y < picture.height() / 2; ++y)
-    std::swap_ranges(picture.row(y), picture.row(y) + bytes, picture.row(picture.height() - 1 - y));
-}
-
-template <std::size_t pixelBytes>
-void mirrorColumns(PixelBuffer& picture) {
-  using Pixel = std::array<std::uint8_t, pixelBytes>;
-  for (std::size_t y = 0; y < picture.height(); ++y) {
-    auto* const row = reinterpret_cast<Pixel*>(picture.row(y));
-    std::reverse(row, row + picture.width());
-  }
-}
-
-template <std::size_t pixelBytes>
-PixelBuffer transposed(const PixelBuffer& picture) {
-  using Pixel = std::array<std::uint8_t, pixelBytes>;
-  PixelBuffer result = PixelBuffer::create(picture.height(), picture.width(), picture.layout());
-  result.iccProfile = picture.iccProfile;
-  constexpr std::size_t block = 32;  // rows of source and target that stay in the first-level cache
-  for (std::size_t top = 0; top < picture.height(); top += block) {
-    const std::size_t bottom = std::min(top + block, picture.height());
-    for (std::size_t x = 0; x < picture.width(); ++x) {
-      auto* const target = reinterpret_cast<Pixel*>(result.row(x));
-      for (std::size_t y = top; y < bottom; ++y)
-        target[y] = reinterpret_cast<const Pixel*>(picture.row(y))[x];
-    }
-  }
-  return result;
-}
-
-template <std::size_t pixelBytes>
-PixelBuffer uprightPixels(PixelBuffer picture, Orientation orientation) {
-  const auto isOneOf = [orientation](auto... values) { return ((orientation == values) || ...); };
-  using enum Orientation;
-  if (isOneOf(leftTop, rightTop, rightBottom, leftBottom))
-    picture = transposed<pixelBytes>(picture);
-  if (isOneOf(topRight, bottomRight, rightTop, rightBottom)) mirrorColumns<pixelBytes>(picture);
-  if (isOneOf(bottomRight, bottomLeft, rightBottom, leftBottom)) mirrorRows(picture);
-  return picture;
-}
 
 }  // namespace
 
@@ -102,20 +61,12 @@ Orientation exifOrientation(std::span<const std::uint8_t> exif) {
 
 PixelBuffer upright(PixelBuffer stored, Orientation orientation) {
   if (orientation == Orientation::topLeft) return stored;
-  switch (stored.layout().bytesPerPixel()) {
-    case 1:
-      return uprightPixels<1>(std::move(stored), orientation);
-    case 2:
-      return uprightPixels<2>(std::move(stored), orientation);
-    case 3:
-      return uprightPixels<3>(std::move(stored), orientation);
-    case 4:
-      return uprightPixels<4>(std::move(stored), orientation);
-    case 6:
-      return uprightPixels<6>(std::move(stored), orientation);
-    default:
-      return uprightPixels<8>(std::move(stored), orientation);
-  }
+  UprightRows rows(stored.width(), stored.height(), stored.layout(), orientation);
+  for (std::size_t y = 0; y < stored.height(); ++y, rows.advance())
+    std::memcpy(rows.next(), stored.row(y), stored.rowBytes());
+  PixelBuffer picture = rows.take();
+  picture.iccProfile = std::move(stored.iccProfile);
+  return picture;
 }
 
 }  // namespace kestrivane

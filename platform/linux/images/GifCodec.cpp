@@ -196,7 +196,7 @@ PixelLayout encodedLayout(PixelLayout source) {
   return {source.hasAlpha() ? Channels::rgba : Channels::rgb, Depth::eight};
 }
 
-void encode(const PixelRows& picture, ImageOutput& output) {
+void encode(PixelRows& picture, ImageOutput& output) {
   checkArea(picture.width(), picture.height());
   const Palette palette = Palette::of(picture);
   const ColourMap map = colourMapOf(palette);

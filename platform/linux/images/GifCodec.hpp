@@ -14,7 +14,7 @@ namespace kestrivane::gif {
 bool recognise(std::span<const std::uint8_t> start);
 PixelBuffer decode(const ImageInput& input);
 PixelLayout encodedLayout(PixelLayout source);
-void encode(const PixelRows& picture, ImageOutput& output);
+void encode(PixelRows& picture, ImageOutput& output);
 
 }  // namespace kestrivane::gif
 

@@ -14,7 +14,7 @@ namespace heic {
 bool recognise(std::span<const std::uint8_t> start);
 PixelBuffer decode(const ImageInput& input);
 PixelLayout encodedLayout(PixelLayout source);
-void encode(const PixelRows& picture, ImageOutput& output);
+void encode(PixelRows& picture, ImageOutput& output);
 }  // namespace heic
 
 inline constexpr Codec heicCodec{.typeIdentifier = imageType::heic,

@@ -11,9 +11,11 @@
 namespace kestrivane::heic {
 namespace {
 
-/// The encoder's usual preset takes six times as long for a file that is 7 % smaller at the same
-/// likeness.
+// A photo of 12 megapixels at quality 50 takes the encoder's usual preset, slow, 17.7 seconds of
+// the processor for 328 KB at 40.40 dB. `ultrafast` takes 2.7: 312 KB at 40.33 dB, and at quality
+// 52 373 KB at 40.50 dB; `superfast` gains nothing on it (7.8 s, 312 KB, 40.34 dB).
 constexpr const char* preset = "ultrafast";
+/// Well above the encoder's usual 50, since the photo that is replaced may be the only copy.
 constexpr int quality = 60;
 /// Of a sample of pictures that are deeper than eight bits.
 constexpr int deepBits = 10;
@@ -114,12 +116,14 @@ PixelLayout encodedLayout(PixelLayout source) {
   return source;
 }
 
-void encode(const PixelRows& picture, ImageOutput& output) {
+void encode(PixelRows& picture, ImageOutput& output) {
   const Context context(heif_context_alloc());
   if (!context) throw std::bad_alloc();
   const Encoder encoder = makeEncoder(context.get());
   HeifImage image = makeImage(picture);
+  picture.release();
   check(heif_context_encode_image(context.get(), image.get(), encoder.get(), nullptr, nullptr));
+  image.reset();
   heif_writer writer{};
   writer.writer_api_version = 1;
   writer.write = [](heif_context*, const void* bytes, std::size_t size, void* user) {

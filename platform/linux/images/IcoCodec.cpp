@@ -97,7 +97,8 @@ std::vector<std::uint8_t> bestPicture(const ImageInput& input) {
   std::vector<std::uint8_t> directory(load16(&fileHeader[4]) * entrySize);
   input.readAt(fileHeaderSize, directory);
 
-  std::vector<std::uint8_t> best;
+  std::uint32_t bestSize = 0;
+  std::uint32_t bestOffset = 0;
   Rank bestRank{};
   for (std::size_t at = 0; at < directory.size(); at += entrySize) {
     const std::uint32_t size = load32(&directory[at + 8]);
@@ -105,16 +106,17 @@ std::vector<std::uint8_t> bestPicture(const ImageInput& input) {
     if (offset > input.size() || size > input.size() - offset)
       throw ImageError("ICO: a picture outside the file");
     // Headers and palettes are shorter than this.
-    std::vector<std::uint8_t> picture(std::min<std::uint32_t>(size, 2048));
-    input.readAt(offset, picture);
-    const Rank rank = rankOf(picture);
+    std::vector<std::uint8_t> start(std::min<std::uint32_t>(size, 2048));
+    input.readAt(offset, start);
+    const Rank rank = rankOf(start);
     if (rank <= bestRank) continue;
-    picture.resize(size);
-    input.readAt(offset, picture);
-    best = std::move(picture);
+    bestSize = size;
+    bestOffset = offset;
     bestRank = rank;
   }
+  std::vector<std::uint8_t> best(bestSize);
   if (best.empty()) throw ImageError("ICO: no picture in the file");
+  input.readAt(bestOffset, best);
   return best;
 }
 
@@ -162,7 +164,7 @@ PixelLayout encodedLayout(PixelLayout) {
   return {Channels::rgba, Depth::eight};
 }
 
-void encode(const PixelRows& picture, ImageOutput& output) {
+void encode(PixelRows& picture, ImageOutput& output) {
   if (picture.width() > maximumIconSide || picture.height() > maximumIconSide)
     throw ImageError("ICO: the picture is too large for the format");
   std::vector<std::uint8_t> head{0, 0, 1, 0, 1, 0};

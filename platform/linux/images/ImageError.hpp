@@ -20,7 +20,11 @@ inline constexpr std::uint64_t maximumSide = 65'535;
 
 /// The largest area in pixels. The largest sensors of cameras and telephones give 200 million; at
 /// eight bytes a pixel a picture of this area takes 2 GiB.
+#ifdef KESTRIVANE_MAXIMUM_AREA
+inline constexpr std::uint64_t maximumArea = KESTRIVANE_MAXIMUM_AREA;  // less, for fuzzing
+#else
 inline constexpr std::uint64_t maximumArea = std::uint64_t{1} << 28;
+#endif
 
 /// Throws `ImageError` unless a picture of `width` x `height` pixels may be decoded. To be called
 /// with the numbers of the header, before any memory is taken for pixels.

@@ -17,12 +17,20 @@
 
 #include "platform/linux/images/Cmyk.hpp"
 #include "platform/linux/images/ExifOrientation.hpp"
+#include "platform/linux/images/UprightRows.hpp"
 
 namespace kestrivane::jpeg {
 namespace {
 
 constexpr int quality = 90;
 constexpr std::size_t bufferSize = 64 * 1024;
+/// A scan of a few bytes may stand for the whole area. Encoders make about ten; small pictures may
+/// have one for each frequency.
+int maximumScans(std::uint64_t area) {
+  constexpr std::uint64_t pixelsOfAllScans = std::uint64_t{1} << 30;
+  return static_cast<int>(std::clamp<std::uint64_t>(pixelsOfAllScans / area, 16, 64));
+}
+
 constexpr int exifMarker = JPEG_APP0 + 1;
 constexpr int iccMarker = JPEG_APP0 + 2;
 
@@ -31,12 +39,9 @@ struct Errors : jpeg_error_mgr {
   Errors() {
     jpeg_std_error(this);
     error_exit = [](j_common_ptr codec) { static_cast<Errors*>(codec->err)->fail(codec); };
-    // Warnings (a negative level) stand for damaged or missing data, but for these three.
     emit_message = [](j_common_ptr codec, int level) {
-      const int code = codec->err->msg_code;
-      if (level < 0 && code != JWRN_JFIF_MAJOR && code != JWRN_ADOBE_XFORM &&
-          code != JWRN_BOGUS_ICC)
-        static_cast<Errors*>(codec->err)->fail(codec);
+      auto& self = *static_cast<Errors*>(codec->err);
+      if (level < 0 && !self.isHarmless()) self.fail(codec);
     };
     output_message = [](j_common_ptr) {};
   }
@@ -46,6 +51,25 @@ struct Errors : jpeg_error_mgr {
     std::longjmp(jump, 1);
   }
 
+  /// Whether the latest warning leaves the picture whole. Any other stands for damaged or missing
+  /// data.
+  bool isHarmless() const {
+    switch (msg_code) {
+      case JWRN_JFIF_MAJOR:
+      case JWRN_ADOBE_XFORM:
+      case JWRN_BOGUS_ICC:
+      case JWRN_NOT_SEQUENTIAL:  // odd parameters of a scan, which mean nothing there
+        return true;
+      case JWRN_EXTRANEOUS_DATA:
+        // Cameras and editors leave bytes between the segments of the header. Behind the start of
+        // the pixels they would be pixels that went astray.
+        return !pixelsBegan;
+      default:
+        return false;
+    }
+  }
+
+  bool pixelsBegan = false;
   std::jmp_buf jump{};
   std::array<char, JMSG_LENGTH_MAX> message{};
 };
@@ -118,6 +142,12 @@ class Decoder {
     codec_.err = &errors_;
     guarded(errors_, [this] { jpeg_create_decompress(&codec_); });
     codec_.src = &source_;
+    progress_.progress_monitor = [](j_common_ptr codec) {
+      const auto& self = *reinterpret_cast<j_decompress_ptr>(codec);
+      const std::uint64_t area = std::uint64_t{self.image_width} * self.image_height;
+      if (self.input_scan_number > maximumScans(area)) ERREXIT(codec, JERR_BAD_PROGRESSION);
+    };
+    codec_.progress = &progress_;
   }
   Decoder(const Decoder&) = delete;
   Decoder& operator=(const Decoder&) = delete;
@@ -128,19 +158,21 @@ class Decoder {
     checkArea(codec_.image_width, codec_.image_height);
     std::vector<std::uint8_t> profile = readProfile();
     const Orientation orientation = readOrientation();
+    errors_.pixelsBegan = true;
     guarded(errors_, [this] { jpeg_start_decompress(&codec_); });
     const Channels channels =
         codec_.out_color_space == JCS_GRAYSCALE ? Channels::grey : Channels::rgb;
-    PixelBuffer picture =
-        PixelBuffer::create(codec_.output_width, codec_.output_height, {channels, Depth::eight});
-    if (codec_.out_color_space == JCS_CMYK) {
-      readCmykRows(picture, profile);
-    } else {
-      readRows(picture);
-      picture.iccProfile = std::move(profile);
-    }
+    UprightRows rows(codec_.output_width, codec_.output_height, {channels, Depth::eight},
+                     orientation);
+    const bool hasInks = codec_.out_color_space == JCS_CMYK;
+    if (hasInks)
+      readCmykRows(rows, profile);
+    else
+      readRows(rows);
     guarded(errors_, [this] { jpeg_finish_decompress(&codec_); });
-    return upright(std::move(picture), orientation);
+    PixelBuffer picture = rows.take();
+    if (!hasInks) picture.iccProfile = std::move(profile);
+    return picture;
   }
 
  private:
@@ -187,33 +219,33 @@ class Decoder {
     return Orientation::topLeft;
   }
 
-  void readRows(PixelBuffer& picture) {
+  void readRows(UprightRows& rows) {
     guarded(errors_, [&] {
-      while (codec_.output_scanline < codec_.output_height) {
-        JSAMPROW row = picture.row(codec_.output_scanline);
+      for (; codec_.output_scanline < codec_.output_height; rows.advance()) {
+        JSAMPROW row = rows.next();
         jpeg_read_scanlines(&codec_, &row, 1);
       }
     });
   }
 
-  void readCmykRows(PixelBuffer& picture, std::span<const std::uint8_t> profile) {
+  void readCmykRows(UprightRows& rows, std::span<const std::uint8_t> profile) {
     // Adobe's programs, which mark their files, store the amount of white instead of ink.
     const CmykConversion conversion(
         profile, Depth::eight,
         codec_.saw_Adobe_marker ? InkPolarity::zeroIsFull : InkPolarity::zeroIsNone);
-    std::vector<std::uint8_t> inks(picture.width() * 4);
+    std::vector<std::uint8_t> inks(std::size_t{codec_.output_width} * 4);
     guarded(errors_, [&] {
-      while (codec_.output_scanline < codec_.output_height) {
-        std::uint8_t* const target = picture.row(codec_.output_scanline);
+      for (; codec_.output_scanline < codec_.output_height; rows.advance()) {
         JSAMPROW row = inks.data();
         jpeg_read_scanlines(&codec_, &row, 1);
-        conversion.convert(inks.data(), target, picture.width());
+        conversion.convert(inks.data(), rows.next(), codec_.output_width);
       }
     });
   }
 
   Errors errors_;
   Source source_;
+  jpeg_progress_mgr progress_{};
   jpeg_decompress_struct codec_{};
 };
 
@@ -271,7 +303,7 @@ PixelLayout encodedLayout(PixelLayout source) {
   return {source.isGrey() ? Channels::grey : Channels::rgb, Depth::eight};
 }
 
-void encode(const PixelRows& picture, ImageOutput& output) {
+void encode(PixelRows& picture, ImageOutput& output) {
   std::make_unique<Encoder>(output)->encode(picture);
 }
 

@@ -13,7 +13,7 @@ namespace jpeg {
 bool recognise(std::span<const std::uint8_t> start);
 PixelBuffer decode(const ImageInput& input);
 PixelLayout encodedLayout(PixelLayout source);
-void encode(const PixelRows& picture, ImageOutput& output);
+void encode(PixelRows& picture, ImageOutput& output);
 }  // namespace jpeg
 
 inline constexpr Codec jpegCodec{.typeIdentifier = imageType::jpeg,

@@ -24,9 +24,9 @@ class LinuxImage final : public Image {
   /// The layout of the pixels, without alpha when all of them are opaque.
   PixelLayout effectiveLayout() const;
 
-  /// The pixels in `layout`; borrows them from this image.
+  /// The pixels in `layout`; shares them with this image.
   PixelRows rows(PixelLayout layout, ProfileSupport profileSupport) const {
-    return {*picture_, region_, layout, profileSupport};
+    return {picture_, region_, layout, profileSupport};
   }
 
  private:

@@ -49,7 +49,9 @@ class LinuxImageDestination final : public ImageDestination {
     const PixelLayout layout = codec_.encodedLayout(image_->effectiveLayout());
     std::optional<ImageOutput> output = ImageOutput::create(url_);
     if (!output) return false;
-    codec_.encode(image_->rows(layout, codec_.profileSupport), *output);
+    PixelRows picture = image_->rows(layout, codec_.profileSupport);
+    image_.reset();  // so that the encoder can let go of the pixels
+    codec_.encode(picture, *output);
     return output->finish();
   } catch (const std::exception&) {
     return false;

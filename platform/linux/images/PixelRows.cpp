@@ -7,6 +7,7 @@
 #include <cassert>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 namespace kestrivane {
 namespace {
@@ -91,23 +92,23 @@ std::size_t aligned(std::size_t bytes) {
 
 }  // namespace
 
-PixelRows::PixelRows(const PixelBuffer& source, PixelRegion region, PixelLayout layout,
-                     ProfileSupport profileSupport)
-    : source_(source), region_(region), layout_(layout) {
-  assert(layout.isGrey() <= source.layout().isGrey() && "colours are not made grey");
+PixelRows::PixelRows(std::shared_ptr<const PixelBuffer> source, PixelRegion region,
+                     PixelLayout layout, ProfileSupport profileSupport)
+    : source_(std::move(source)), region_(region), layout_(layout) {
+  assert(layout.isGrey() <= source_->layout().isGrey() && "colours are not made grey");
   keepsProfile_ =
-      profileSupport == ProfileSupport::embedded && layout.isGrey() == source.layout().isGrey();
-  if (!keepsProfile_) toSRGB_ = ColorTransform::toSRGB(source.iccProfile, source.layout());
-  if (layout != source.layout()) convert_ = conversionBetween(source.layout(), layout);
+      profileSupport == ProfileSupport::embedded && layout.isGrey() == source_->layout().isGrey();
+  if (!keepsProfile_) toSRGB_ = ColorTransform::toSRGB(source_->iccProfile, source_->layout());
+  if (layout != source_->layout()) convert_ = conversionBetween(source_->layout(), layout);
 }
 
 std::span<const std::uint8_t> PixelRows::iccProfile() const {
-  return keepsProfile_ ? std::span(source_.iccProfile) : std::span<const std::uint8_t>();
+  return keepsProfile_ ? std::span(source_->iccProfile) : std::span<const std::uint8_t>();
 }
 
 const std::uint8_t* PixelRows::row(std::size_t y, std::uint8_t* scratch) const {
   const std::uint8_t* row =
-      source_.row(region_.y + y) + region_.x * source_.layout().bytesPerPixel();
+      source_->row(region_.y + y) + region_.x * source_->layout().bytesPerPixel();
   if (toSRGB_) {
     std::uint8_t* const colored = convert_ != nullptr ? scratch + aligned(rowBytes()) : scratch;
     toSRGB_->convert(row, colored, width());
@@ -119,7 +120,7 @@ const std::uint8_t* PixelRows::row(std::size_t y, std::uint8_t* scratch) const {
 }
 
 std::size_t PixelRows::scratchBytes() const {
-  return aligned(rowBytes()) + aligned(width() * source_.layout().bytesPerPixel());
+  return aligned(rowBytes()) + aligned(width() * source_->layout().bytesPerPixel());
 }
 
 const std::uint8_t* PixelRows::wholePicture() const {

@@ -3,12 +3,13 @@
 //
 // Deeper channels are rounded to the nearest, missing ones are made, alpha that the target lacks is
 // laid over white. Colours are never made grey. Thread-safety: rows may be made on several threads
-// at once, each with its own scratch. Ownership: borrows the picture, which outlives it; owns the
-// colour transform.
+// at once, each with its own scratch. Ownership: shares the picture, or borrows one that outlives
+// it; owns the colour transform.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 
@@ -30,15 +31,21 @@ struct PixelRegion {
 
 class PixelRows {
  public:
-  /// The whole of `source` as it stands.
+  /// `region` of `source` in `layout`. The colours keep their profile if `profileSupport` says so
+  /// and the profile is one for pixels of `layout`; else they become sRGB.
+  PixelRows(std::shared_ptr<const PixelBuffer> source, PixelRegion region, PixelLayout layout,
+            ProfileSupport profileSupport);
+
+  /// The same of a borrowed picture.
+  PixelRows(const PixelBuffer& source, PixelRegion region, PixelLayout layout,
+            ProfileSupport profileSupport)
+      : PixelRows(std::shared_ptr<const PixelBuffer>(std::shared_ptr<void>(), &source), region,
+                  layout, profileSupport) {}
+
+  /// The whole of a borrowed picture as it stands.
   explicit PixelRows(const PixelBuffer& source)
       : PixelRows(source, {0, 0, source.width(), source.height()}, source.layout(),
                   ProfileSupport::embedded) {}
-
-  /// `region` of `source` in `layout`. The colours keep their profile if `profileSupport` says so
-  /// and the profile is one for pixels of `layout`; else they become sRGB.
-  PixelRows(const PixelBuffer& source, PixelRegion region, PixelLayout layout,
-            ProfileSupport profileSupport);
 
   std::size_t width() const { return region_.width; }
   std::size_t height() const { return region_.height; }
@@ -56,10 +63,14 @@ class PixelRows {
   /// The first row of the whole region if its rows lie in memory as they are to be, `stride()`
   /// bytes apart; null when rows have to be converted. For libraries that take a picture at once.
   const std::uint8_t* wholePicture() const;
-  std::size_t stride() const { return source_.rowBytes(); }
+  std::size_t stride() const { return source_->rowBytes(); }
+
+  /// Gives up the picture, whose memory is free again when nobody else holds it. Rows and profile
+  /// must not be asked for afterwards.
+  void release() { source_.reset(); }
 
  private:
-  const PixelBuffer& source_;
+  std::shared_ptr<const PixelBuffer> source_;
   PixelRegion region_;
   PixelLayout layout_;
   bool keepsProfile_;

@@ -15,18 +15,18 @@
 
 #include "platform/linux/images/ExifOrientation.hpp"
 #include "platform/linux/images/MadeProfile.hpp"
+#include "platform/linux/images/PngWriter.hpp"
 
 namespace kestrivane::png {
 namespace {
 
-/// Twice as fast as the usual level 6, for files 1 to 2 % larger.
-constexpr int compressionLevel = 4;
+constexpr png_byte exifChunk[] = "eXIf";
 
 /// Runs calls of libpng and throws when they fail. libpng reports an error by jumping back to
 /// here, which destroys nothing on the way: `calls` has no local variables that need it.
 template <typename Calls>
 void guarded(std::jmp_buf& jump, Calls calls) {
-  if (setjmp(jump) != 0) throw ImageError("libpng cannot read or write the picture");
+  if (setjmp(jump) != 0) throw ImageError("libpng cannot read the picture");
   calls();
 }
 
@@ -116,6 +116,8 @@ class Decoder {
     constexpr png_byte ignored[] =
         "bKGD\0hIST\0iTXt\0oFFs\0pCAL\0pHYs\0sCAL\0sPLT\0tEXt\0tIME\0zTXt";
     png_set_keep_unknown_chunks(codec_, PNG_HANDLE_CHUNK_NEVER, ignored, sizeof ignored / 5);
+    // libpng's own reader of this chunk takes as much too; the general one has a limit.
+    png_set_keep_unknown_chunks(codec_, PNG_HANDLE_CHUNK_ALWAYS, exifChunk, 1);
     png_set_crc_action(codec_, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
     png_read_info(codec_, info_);
   }
@@ -143,10 +145,12 @@ class Decoder {
   }
 
   Orientation readOrientation() const {
-    png_uint_32 size = 0;
-    png_bytep exif = nullptr;
-    if (png_get_eXIf_1(codec_, info_, &size, &exif) == 0) return Orientation::topLeft;
-    return exifOrientation({exif, size});
+    png_unknown_chunkp chunks = nullptr;
+    const int count = png_get_unknown_chunks(codec_, info_, &chunks);
+    for (const png_unknown_chunk& chunk : std::span(chunks, static_cast<std::size_t>(count)))
+      if (std::equal(std::begin(exifChunk), std::end(exifChunk), chunk.name))
+        return exifOrientation({chunk.data, chunk.size});
+    return Orientation::topLeft;
   }
 
   const ImageInput& input_;
@@ -154,64 +158,6 @@ class Decoder {
   std::array<std::uint8_t, 64 * 1024> buffer_;
   std::size_t next_ = 0;
   std::size_t filled_ = 0;
-  std::jmp_buf jump_{};
-  png_structp codec_ = nullptr;
-  png_infop info_ = nullptr;
-};
-
-class Encoder {
- public:
-  Encoder() {
-    codec_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &jump_, fail, ignoreWarning);
-    if (codec_ != nullptr) info_ = png_create_info_struct(codec_);
-    if (info_ == nullptr) {
-      png_destroy_write_struct(&codec_, nullptr);
-      throw std::bad_alloc();
-    }
-  }
-  Encoder(const Encoder&) = delete;
-  Encoder& operator=(const Encoder&) = delete;
-  ~Encoder() { png_destroy_write_struct(&codec_, &info_); }
-
-  void encode(const PixelRows& picture, ImageOutput& output) {
-    std::vector<std::uint8_t> scratch(picture.scratchBytes());
-    const std::span<const std::uint8_t> profile = picture.iccProfile();
-    guarded(jump_, [&] {
-      png_set_write_fn(codec_, &output, writeBytes, [](png_structp) {});
-      png_set_compression_level(codec_, compressionLevel);
-      png_set_IHDR(codec_, info_, static_cast<png_uint_32>(picture.width()),
-                   static_cast<png_uint_32>(picture.height()),
-                   static_cast<int>(picture.layout().depth), colorType(picture.layout().channels),
-                   PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
-      if (!profile.empty())
-        png_set_iCCP(codec_, info_, "ICC profile", PNG_COMPRESSION_TYPE_BASE, profile.data(),
-                     static_cast<png_uint_32>(profile.size()));
-      png_write_info(codec_, info_);
-      if constexpr (std::endian::native == std::endian::little) png_set_swap(codec_);
-      for (std::size_t y = 0; y < picture.height(); ++y)
-        png_write_row(codec_, picture.row(y, scratch.data()));
-      png_write_end(codec_, nullptr);
-    });
-  }
-
- private:
-  static void writeBytes(png_structp codec, png_bytep bytes, std::size_t count) {
-    static_cast<ImageOutput*>(png_get_io_ptr(codec))->write({bytes, count});
-  }
-
-  static int colorType(Channels channels) {
-    switch (channels) {
-      case Channels::grey:
-        return PNG_COLOR_TYPE_GRAY;
-      case Channels::greyAlpha:
-        return PNG_COLOR_TYPE_GRAY_ALPHA;
-      case Channels::rgb:
-        return PNG_COLOR_TYPE_RGB;
-      default:
-        return PNG_COLOR_TYPE_RGB_ALPHA;
-    }
-  }
-
   std::jmp_buf jump_{};
   png_structp codec_ = nullptr;
   png_infop info_ = nullptr;
@@ -233,8 +179,8 @@ PixelLayout encodedLayout(PixelLayout source) {
   return source;
 }
 
-void encode(const PixelRows& picture, ImageOutput& output) {
-  Encoder().encode(picture, output);
+void encode(PixelRows& picture, ImageOutput& output) {
+  write(picture, output);
 }
 
 }  // namespace kestrivane::png

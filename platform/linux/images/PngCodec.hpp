@@ -1,4 +1,4 @@
-// PNG (ISO/IEC 15948, and the eXIf chunk) over libpng.
+// PNG (ISO/IEC 15948, and the eXIf chunk), read by libpng and written by `png::write`.
 //
 // Read: every colour type and depth, interlaced or not; palettes and depths below eight bits are
 // expanded. Written: grey, grey with alpha, RGB and RGBA of 8 or 16 bits, not interlaced.
@@ -14,7 +14,7 @@ namespace png {
 bool recognise(std::span<const std::uint8_t> start);
 PixelBuffer decode(const ImageInput& input);
 PixelLayout encodedLayout(PixelLayout source);
-void encode(const PixelRows& picture, ImageOutput& output);
+void encode(PixelRows& picture, ImageOutput& output);
 }  // namespace png
 
 inline constexpr Codec pngCodec{.typeIdentifier = imageType::png,

@@ -64,7 +64,7 @@ PixelLayout encodedLayout(PixelLayout source) {
   return source;
 }
 
-void encode(const PixelRows& picture, ImageOutput& output) {
+void encode(PixelRows& picture, ImageOutput& output) {
   Target target{output};
   const Access access{
       .user = &target,

@@ -4,8 +4,8 @@
 
 #include "platform/linux/images/WebpCodec.hpp"
 
+#include <algorithm>
 #include <cstring>
-#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -24,6 +24,8 @@ namespace {
 // default, 4, for one per cent more bytes.
 constexpr float quality = 85;
 constexpr int method = 2;
+
+constexpr const char* wrongVersion = "WebP: the library has another version than its headers";
 
 using Demuxer = LibraryHandle<WebPDemuxer, WebPDemuxDelete>;
 using Muxer = LibraryHandle<WebPMux, WebPMuxDelete>;
@@ -67,22 +69,56 @@ void decodeFrame(const WebPIterator& frame, PixelBuffer& canvas) {
     throw ImageError("WebP: damaged or cut short");
 }
 
-/// The picture as the library wants it, in its own colour planes.
+/// Copies `rows` rows of `bytes` bytes.
+void copyRows(const std::uint8_t* source, int sourceStride, std::uint8_t* target, int targetStride,
+              int bytes, int rows) {
+  for (int y = 0; y < rows; ++y, source += sourceStride, target += targetStride)
+    std::memcpy(target, source, static_cast<std::size_t>(bytes));
+}
+
+/// Sets the planes of `target` from its row `top` on to those of `band`.
+void copyBand(const WebPPicture& band, int top, WebPPicture& target) {
+  const int halfWidth = (band.width + 1) / 2;
+  const int halfHeight = (band.height + 1) / 2;
+  copyRows(band.y, band.y_stride, target.y + top * target.y_stride, target.y_stride, band.width,
+           band.height);
+  copyRows(band.u, band.uv_stride, target.u + top / 2 * target.uv_stride, target.uv_stride,
+           halfWidth, halfHeight);
+  copyRows(band.v, band.uv_stride, target.v + top / 2 * target.uv_stride, target.uv_stride,
+           halfWidth, halfHeight);
+  if (target.a == nullptr) return;
+  std::uint8_t* const alpha = target.a + top * target.a_stride;
+  if (band.a != nullptr)
+    copyRows(band.a, band.a_stride, alpha, target.a_stride, band.width, band.height);
+  else  // the library makes no plane for what is wholly opaque
+    std::memset(alpha, 255, static_cast<std::size_t>(target.a_stride * band.height));
+}
+
+/// Fills the planes of `target`, which has its size. The library takes a picture at once only, so
+/// it is handed bands, as pictures of their own, lest a whole second frame be needed where rows
+/// have to be converted.
 void importPixels(const PixelRows& picture, WebPPicture& target) {
-  // The library takes a picture at once only.
-  std::optional<PixelBuffer> converted;
-  const std::uint8_t* pixels = picture.wholePicture();
-  std::size_t stride = picture.stride();
-  if (pixels == nullptr) {
-    converted = PixelBuffer::create(picture.width(), picture.height(), picture.layout());
-    std::vector<std::uint8_t> scratch(picture.scratchBytes());
-    for (std::size_t y = 0; y < picture.height(); ++y)
-      std::memcpy(converted->row(y), picture.row(y, scratch.data()), picture.rowBytes());
-    pixels = converted->row(0);
-    stride = converted->rowBytes();
+  constexpr std::size_t bandRows = 64;  // even, since two rows share their colours
+  const bool hasAlpha = picture.layout().hasAlpha();
+  target.colorspace = hasAlpha ? WEBP_YUV420A : WEBP_YUV420;
+  if (WebPPictureAlloc(&target) == 0) throw std::bad_alloc();
+  std::vector<std::uint8_t> scratch(picture.scratchBytes());
+  std::vector<std::uint8_t> pixels(picture.rowBytes() * bandRows);
+  for (std::size_t top = 0; top < picture.height(); top += bandRows) {
+    const std::size_t rows = std::min(bandRows, picture.height() - top);
+    for (std::size_t y = 0; y < rows; ++y)
+      std::memcpy(pixels.data() + y * picture.rowBytes(), picture.row(top + y, scratch.data()),
+                  picture.rowBytes());
+    WebPPicture band;
+    if (WebPPictureInit(&band) == 0) throw ImageError(wrongVersion);
+    const PictureFreer freeBand(&band);
+    band.width = target.width;
+    band.height = static_cast<int>(rows);
+    const auto import = hasAlpha ? WebPPictureImportRGBA : WebPPictureImportRGB;
+    if (import(&band, pixels.data(), static_cast<int>(picture.rowBytes())) == 0)
+      throw std::bad_alloc();
+    copyBand(band, static_cast<int>(top), target);
   }
-  const auto import = picture.layout().hasAlpha() ? WebPPictureImportRGBA : WebPPictureImportRGB;
-  if (import(&target, pixels, static_cast<int>(stride)) == 0) throw std::bad_alloc();
 }
 
 /// Writes `encoded`, a whole file, with a profile added to it.
@@ -134,13 +170,12 @@ PixelLayout encodedLayout(PixelLayout source) {
   return {source.hasAlpha() ? Channels::rgba : Channels::rgb, Depth::eight};
 }
 
-void encode(const PixelRows& picture, ImageOutput& output) {
+void encode(PixelRows& picture, ImageOutput& output) {
   if (picture.width() > WEBP_MAX_DIMENSION || picture.height() > WEBP_MAX_DIMENSION)
     throw ImageError("WebP: the picture is too large for the format");
   WebPConfig config;
   WebPPicture target;
-  if (WebPConfigInit(&config) == 0 || WebPPictureInit(&target) == 0)
-    throw ImageError("WebP: the library has another version than its headers");
+  if (WebPConfigInit(&config) == 0 || WebPPictureInit(&target) == 0) throw ImageError(wrongVersion);
   config.quality = quality;
   config.method = method;
   config.thread_level = 1;  // analysis and alpha on threads of their own
@@ -149,6 +184,9 @@ void encode(const PixelRows& picture, ImageOutput& output) {
   target.width = static_cast<int>(picture.width());
   target.height = static_cast<int>(picture.height());
   importPixels(picture, target);
+  const auto embedded = picture.iccProfile();
+  const std::vector<std::uint8_t> profile(embedded.begin(), embedded.end());
+  picture.release();
 
   WebPMemoryWriter writer;
   WebPMemoryWriterInit(&writer);
@@ -158,10 +196,10 @@ void encode(const PixelRows& picture, ImageOutput& output) {
   if (WebPEncode(&config, &target) == 0) throw ImageError("WebP: the picture cannot be encoded");
 
   const WebPData encoded{writer.mem, writer.size};
-  if (picture.iccProfile().empty())
+  if (profile.empty())
     output.write(spanOf(encoded));
   else
-    writeWithProfile(encoded, picture.iccProfile(), output);
+    writeWithProfile(encoded, profile, output);
 }
 
 }  // namespace kestrivane::webp

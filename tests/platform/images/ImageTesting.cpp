@@ -107,9 +107,9 @@ Bytes encode(const Codec& codec, const PixelBuffer& picture) {
   {
     std::optional<ImageOutput> output = ImageOutput::create(folder / "picture");
     if (!output) throw std::runtime_error("no output");
-    codec.encode(PixelRows(picture, {0, 0, picture.width(), picture.height()},
-                           codec.encodedLayout(picture.layout()), codec.profileSupport),
-                 *output);
+    PixelRows rows(picture, {0, 0, picture.width(), picture.height()},
+                   codec.encodedLayout(picture.layout()), codec.profileSupport);
+    codec.encode(rows, *output);
     if (!output->finish()) throw std::runtime_error("the output failed");
   }
   return readFile(folder / "picture");

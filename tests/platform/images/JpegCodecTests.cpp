@@ -134,6 +134,70 @@ TEST(JpegCodec, refusesATruncatedFileWhereverItEnds) {
     EXPECT_THROW(decode(jpegCodec, std::span(bytes).first(size)), ImageError) << size;
 }
 
+TEST(JpegCodec, overlooksStrayBytesBetweenSegments) {
+  const Bytes clean = encode(jpegCodec, makePicture(40, 30, rgb8));
+  ASSERT_EQ(clean[3], 0xE0);  // the first segment, of 16 bytes after its marker
+  Bytes bytes = clean;
+  bytes.insert(bytes.begin() + 20, 5, 0);
+  EXPECT_EQ(maximumDifference(decode(jpegCodec, bytes), decode(jpegCodec, clean)), 0);
+}
+
+TEST(JpegCodec, refusesBytesLeftOverAfterThePixels) {
+  Bytes bytes = encode(jpegCodec, makePicture(40, 30, rgb8));
+  // The first few are in the decoder's bit buffer by then and cannot be told from padding.
+  bytes.insert(bytes.end() - 2, 20, 0);
+  EXPECT_THROW(decode(jpegCodec, bytes), ImageError);
+}
+
+TEST(JpegCodec, refusesStrayBytesAmongThePixels) {
+  PixelBuffer grey = PixelBuffer::create(16, 8, grey8);
+  std::fill_n(grey.row(0), grey.byteCount(), std::uint8_t{128});
+  Bytes bytes = encode(jpegCodec, grey);
+  const std::array<std::uint8_t, 2> scan = {0xFF, 0xDA};
+  const auto start = std::ranges::search(bytes, scan).begin();
+  ASSERT_NE(start, bytes.end());
+  const Bytes scanHeader(start, start + 10);
+  bytes.erase(start, bytes.end());
+  // Two blocks of nothing but zeros, with a restart marker between them.
+  const Bytes interval = {0xFF, 0xDD, 0, 4, 0, 1};
+  bytes.insert(bytes.end(), interval.begin(), interval.end());
+  bytes.insert(bytes.end(), scanHeader.begin(), scanHeader.end());
+  const std::size_t afterFirst = bytes.size() + 1;
+  const Bytes blocks = {0x2B, 0xFF, 0xD0, 0x2B, 0xFF, 0xD9};
+  bytes.insert(bytes.end(), blocks.begin(), blocks.end());
+  EXPECT_EQ(maximumDifference(decode(jpegCodec, bytes), grey), 0);
+  bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(afterFirst), 20, 0x2B);
+  EXPECT_THROW(decode(jpegCodec, bytes), ImageError);
+}
+
+TEST(JpegCodec, refusesMoreScansThanAnEncoderMakes) {
+  // The start of a progressive file up to the end of its first scan; then one scan, all zero, for
+  // each other frequency of the brightness: 64 in all.
+  const Bytes source = readFile(sample("progressive.jpg"));
+  const std::array<std::uint8_t, 2> scan = {0xFF, 0xDA};
+  std::size_t end =
+      static_cast<std::size_t>(std::ranges::search(source, scan).begin() - source.begin()) + 2;
+  while (source[end] != 0xFF || source[end + 1] == 0)
+    ++end;
+  Bytes bytes(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(end));
+  const auto append = [&bytes](std::initializer_list<std::uint8_t> more, std::size_t zeros) {
+    bytes.insert(bytes.end(), more);
+    bytes.resize(bytes.size() + zeros);
+  };
+  // A Huffman table with the one symbol "end of block", of one bit.
+  append({0xFF, 0xC4, 0, 20, 0x10, 1}, 16);
+  constexpr std::size_t brightnessBlocks = 240 / 8 * 160 / 8;
+  for (std::uint8_t frequency = 1; frequency < 64; ++frequency)
+    append({0xFF, 0xDA, 0, 8, 1, 1, 0, frequency, frequency, 0}, brightnessBlocks / 8);
+  Bytes accepted = bytes;
+  accepted.insert(accepted.end(), {0xFF, 0xD9});
+  EXPECT_EQ(decode(jpegCodec, accepted).width(), 240U);
+  constexpr std::size_t colourBlocks = brightnessBlocks / 4;
+  append({0xFF, 0xDA, 0, 8, 1, 2, 0, 1, 1, 0}, (colourBlocks + 7) / 8);
+  append({0xFF, 0xD9}, 0);
+  EXPECT_THROW(decode(jpegCodec, bytes), ImageError);
+}
+
 TEST(JpegCodec, refusesASideThatTheFormatCannotHold) {
   EXPECT_THROW(encode(jpegCodec, makePicture(65'501, 1, grey8)), ImageError);
 }

@@ -1,3 +1,6 @@
+#include <memory>
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "platform/linux/images/PixelRows.hpp"
@@ -68,6 +71,15 @@ TEST(PixelRows, cutsTheRegionOutOfAConvertedPicture) {
   Bytes scratch(rows.scratchBytes());
   const std::uint8_t* const row = rows.row(1, scratch.data());
   EXPECT_TRUE(std::equal(row, row + 9, whole.row(2) + 6));
+}
+
+TEST(PixelRows, letThePictureGoWhenReleased) {
+  auto picture = std::make_shared<const PixelBuffer>(makePicture(5, 4, rgb8));
+  const std::weak_ptr<const PixelBuffer> observed = picture;
+  PixelRows rows(std::move(picture), {0, 0, 5, 4}, rgb8, ProfileSupport::embedded);
+  EXPECT_FALSE(observed.expired());
+  rows.release();
+  EXPECT_TRUE(observed.expired());
 }
 
 }  // namespace

@@ -112,6 +112,19 @@ TEST(WebpCodec, turnsThePictureAsItsOrientationSays) {
   EXPECT_EQ(Bytes(read.row(0), read.row(0) + 6), (Bytes{255, 0, 0, 0, 0, 255}));
 }
 
+TEST(WebpCodec, keepsAlphaThatOnlyAPartOfThePictureHas) {
+  PixelBuffer picture = makePicture(41, 149, {Channels::rgba, Depth::eight});
+  for (std::size_t y = 0; y < picture.height(); ++y)
+    for (std::size_t x = 0; x < picture.width(); ++x)
+      picture.row(y)[x * 4 + 3] = y < 100 ? 255 : 128;
+  const PixelBuffer read = decode(webpCodec, encode(webpCodec, picture));
+  ASSERT_EQ(read.layout(), picture.layout());
+  EXPECT_LT(meanDifference(picture, read), 3);
+  for (std::size_t y = 0; y < picture.height(); ++y)
+    for (std::size_t x = 0; x < picture.width(); ++x)
+      ASSERT_EQ(read.row(y)[x * 4 + 3], picture.row(y)[x * 4 + 3]) << x << "," << y;
+}
+
 TEST(WebpCodec, refusesATruncatedFileWhereverItEnds) {
   for (const PixelLayout layout : {rgb8, rgba8}) {
     PixelBuffer picture = makePicture(20, 15, layout);

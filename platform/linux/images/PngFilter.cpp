@@ -2,15 +2,13 @@
 #error "This adapter is for Linux."
 #endif
 
-// The loops are written so that the compiler turns them into vector instructions, which GCC does
-// thoroughly at this level only.
-#pragma GCC optimize("O3")
-
 #include "platform/linux/images/PngFilter.hpp"
 
 #include <algorithm>
 #include <array>
 
+// The loops are written so that the compiler turns them into vector instructions; the build asks
+// for the optimisation level that this takes.
 #define KESTRIVANE_INLINE [[gnu::always_inline]] inline
 
 namespace kestrivane::png {

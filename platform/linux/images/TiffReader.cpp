@@ -134,11 +134,13 @@ class Decoder {
     allocateBlock(TIFFStripSize64(file_.get()), std::uint64_t{width_} * stripRows);
     const auto rowBytes = static_cast<std::size_t>(TIFFScanlineSize64(file_.get()));
     for (std::uint32_t y = 0; y < height_; y += stripRows) {
+      const std::uint32_t lines = std::min(stripRows, height_ - y);
       for (std::uint16_t plane = 0; plane < format_.planes; ++plane)
-        check(TIFFReadEncodedStrip(file_.get(), TIFFComputeStrip(file_.get(), y, plane),
-                                   block_.get() + plane * planeBytes_,
-                                   static_cast<tmsize_t>(planeBytes_)));
-      for (std::uint32_t line = 0; line < std::min(stripRows, height_ - y); ++line)
+        checkBlock(TIFFReadEncodedStrip(file_.get(), TIFFComputeStrip(file_.get(), y, plane),
+                                        block_.get() + plane * planeBytes_,
+                                        static_cast<tmsize_t>(planeBytes_)),
+                   lines * rowBytes);
+      for (std::uint32_t line = 0; line < lines; ++line)
         rows.make(block_.get() + line * rowBytes, planeBytes_, width_, picture.row(y + line));
     }
   }
@@ -153,9 +155,10 @@ class Decoder {
     for (std::uint32_t y = 0; y < height_; y += tileHeight)
       for (std::uint32_t x = 0; x < width_; x += tileWidth) {
         for (std::uint16_t plane = 0; plane < format_.planes; ++plane)
-          check(TIFFReadEncodedTile(file_.get(), TIFFComputeTile(file_.get(), x, y, 0, plane),
-                                    block_.get() + plane * planeBytes_,
-                                    static_cast<tmsize_t>(planeBytes_)));
+          checkBlock(TIFFReadEncodedTile(file_.get(), TIFFComputeTile(file_.get(), x, y, 0, plane),
+                                         block_.get() + plane * planeBytes_,
+                                         static_cast<tmsize_t>(planeBytes_)),
+                     planeBytes_);
         for (std::uint32_t line = 0; line < std::min(tileHeight, height_ - y); ++line)
           rows.make(block_.get() + line * rowBytes, planeBytes_, std::min(tileWidth, width_ - x),
                     picture.row(y + line) + x * pixelBytes);
@@ -170,6 +173,13 @@ class Decoder {
       throw ImageError("the TIFF's strips or tiles have an unexpected size");
     planeBytes_ = static_cast<std::size_t>(bytes);
     block_ = std::make_unique_for_overwrite<std::uint8_t[]>(planeBytes_ * format_.planes);
+  }
+
+  /// libtiff may hand out less than the block holds without a word.
+  void checkBlock(tmsize_t bytesRead, std::size_t expected) const {
+    check(bytesRead);
+    if (static_cast<std::size_t>(bytesRead) < expected)
+      throw ImageError("the TIFF's strips or tiles are cut short");
   }
 
   void check(tmsize_t result) const {

@@ -80,11 +80,15 @@ class Decoder {
     TIFF* const file = file_.get();
     width_ = tag<std::uint32_t>(TIFFTAG_IMAGEWIDTH);
     height_ = tag<std::uint32_t>(TIFFTAG_IMAGELENGTH);
-    if (tag<std::uint16_t>(TIFFTAG_COMPRESSION) == COMPRESSION_JPEG)
+    const auto compression = tag<std::uint16_t>(TIFFTAG_COMPRESSION);
+    if (compression == COMPRESSION_JPEG)
       TIFFSetField(file, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    // By its other way, libdeflate, libtiff overlooks data that overruns a strip, and leaves the
+    // strip's last pixels unset.
+    if (compression == COMPRESSION_ADOBE_DEFLATE || compression == COMPRESSION_DEFLATE)
+      TIFFSetField(file, TIFFTAG_DEFLATE_SUBCODEC, DEFLATE_SUBCODEC_ZLIB);
     format_.photometric = tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC);
-    if (format_.photometric == PHOTOMETRIC_YCBCR &&
-        tag<std::uint16_t>(TIFFTAG_COMPRESSION) == COMPRESSION_JPEG)
+    if (format_.photometric == PHOTOMETRIC_YCBCR && compression == COMPRESSION_JPEG)
       format_.photometric = PHOTOMETRIC_RGB;
     format_.bits = tag<std::uint16_t>(TIFFTAG_BITSPERSAMPLE);
     format_.sampleFormat = tag<std::uint16_t>(TIFFTAG_SAMPLEFORMAT);

@@ -11,10 +11,8 @@
 #include <optional>
 #include <string>
 
-#include "converters/ImageConverter.hpp"
-#include "engine/ConversionError.hpp"
 #include "platform/linux/images/LinuxImageIO.hpp"
-#include "tests/support/RunTask.hpp"
+#include "tests/support/ConvertPicture.hpp"
 #include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane {
@@ -26,15 +24,6 @@ void require(bool condition, const char* what) {
   if (condition) return;
   std::fprintf(stderr, "fuzz: %s\n", what);
   std::abort();
-}
-
-bool convert(const LinuxImageIO& imageIO, const FileURL& source, const FileURL& target) try {
-  test::VirtualLoop loop;
-  const ImageConverter converter(imageIO, loop);
-  test::runTask(loop, converter.convert(source, target));
-  return true;
-} catch (const ConversionError&) {
-  return false;
 }
 
 void checkResult(const LinuxImageIO& imageIO, const FileURL& source, const FileURL& result) {
@@ -64,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
       folder.url(std::string("result.") + extensions[bytes[0] % extensions.size()]);
 
   const LinuxImageIO imageIO;
-  const bool converted = convert(imageIO, source, result);
+  const bool converted = test::convertPicture(imageIO, source, result);
   require(test::contentOf(source) == content, "the source has been changed");
   require(folder.names().size() == (converted ? 2 : 1), "something else has been left behind");
   if (converted) checkResult(imageIO, source, result);

@@ -11,11 +11,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "converters/ImageConverter.hpp"
-#include "engine/ConversionError.hpp"
 #include "platform/linux/images/LinuxImageIO.hpp"
 #include "tests/mutation/Mutator.hpp"
-#include "tests/support/RunTask.hpp"
+#include "tests/support/ConvertPicture.hpp"
 #include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::mutation {
@@ -41,16 +39,6 @@ std::uint64_t takePeakMemory() {
   return kibibytes * 1024;
 }
 
-bool convert(const FileURL& source, const FileURL& target) try {
-  const LinuxImageIO imageIO;
-  test::VirtualLoop loop;
-  const ImageConverter converter(imageIO, loop);
-  test::runTask(loop, converter.convert(source, target));
-  return true;
-} catch (const ConversionError&) {
-  return false;
-}
-
 void require(bool condition, const char* what) {
   if (!condition) throw std::runtime_error(what);
 }
@@ -64,7 +52,7 @@ void runCase(const Plan& plan, Progress& progress, const test::TemporaryFolder& 
 
   const auto start = std::chrono::steady_clock::now();
   ::alarm(secondsLimit);
-  const bool converted = convert(source, target);
+  const bool converted = test::convertPicture(LinuxImageIO(), source, target);
   ::alarm(0);
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
 

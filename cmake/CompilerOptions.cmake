@@ -20,10 +20,11 @@ elseif(KESTRIVANE_SANITIZER)
     "KESTRIVANE_SANITIZER is '${KESTRIVANE_SANITIZER}', not address, thread or fuzzer.")
 endif()
 if(sanitizers)
-  # -O1 keeps the instrumented suites quick; frame pointers keep their reports readable. GCC 12 takes
-  # its own instrumentation for uses of uninitialised values.
+  # -O1 keeps the instrumented suites quick; frame pointers and line numbers keep their reports
+  # readable. GCC 12 takes its own instrumentation for uses of uninitialised values.
+  add_compile_options(-O1 -g1)
   target_compile_options(kestrivane_options INTERFACE
-    -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1
+    -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
     # clang 14 cannot check the types of called functions where there are coroutines.
     $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)

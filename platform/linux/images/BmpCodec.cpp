@@ -10,6 +10,7 @@
 #include "platform/linux/images/DibHeader.hpp"
 #include "platform/linux/images/DibPixels.hpp"
 #include "platform/linux/images/LittleEndian.hpp"
+#include "platform/linux/images/OrderedStrips.hpp"
 
 namespace kestrivane::bmp {
 namespace {
@@ -95,6 +96,8 @@ PixelBuffer decode(const ImageInput& input) {
   const auto header = DibHeader::read(input, fileHeaderSize, littleEndian::load32(&fileHeader[10]),
                                       FourthByte::unused);
   PixelBuffer picture = readDibPixels(input, header).picture;
+  if (header.calibration) picture.iccProfile = header.calibration->profile();
+  if (header.profile.size == 0) return picture;
   if (header.profile.size > input.size()) throw ImageError("the profile is cut short");
   picture.iccProfile.resize(header.profile.size);
   input.readAt(header.profile.offset, picture.iccProfile);
@@ -113,12 +116,23 @@ void encode(PixelRows& picture, ImageOutput& output) {
   output.write(headers(kind, static_cast<std::uint32_t>(picture.width()),
                        static_cast<std::uint32_t>(picture.height()), pixelBytes));
 
-  std::vector<std::uint8_t> scratch(picture.scratchBytes());
-  std::vector<std::uint8_t> stored(rowBytes);
-  for (std::size_t y = picture.height(); y-- > 0;) {
-    storeRow(picture.row(y, scratch.data()), picture.width(), kind.bytesPerPixel, stored.data());
-    if (!output.write(stored)) return;
-  }
+  // A strip is as much as the output writes without a copy of its own. While one thread writes, as
+  // far as the system's copy of the pixels goes, another can convert.
+  constexpr std::size_t maximumThreads = 2;
+  const std::size_t stripRows = std::min(ImageOutput::bufferSize / rowBytes + 1, picture.height());
+  OrderedStrips strips((picture.height() + stripRows - 1) / stripRows, maximumThreads);
+  strips.run([&] {
+    std::vector<std::uint8_t> scratch(picture.scratchBytes());
+    std::vector<std::uint8_t> stored(stripRows * rowBytes);
+    while (const std::optional<std::size_t> strip = strips.take()) {
+      const std::size_t end = picture.height() - *strip * stripRows;
+      const std::size_t count = std::min(stripRows, end);
+      for (std::size_t line = 0; line < count; ++line)
+        storeRow(picture.row(end - 1 - line, scratch.data()), picture.width(), kind.bytesPerPixel,
+                 stored.data() + line * rowBytes);
+      strips.inOrder(*strip, [&] { output.write(std::span(stored).first(count * rowBytes)); });
+    }
+  });
 }
 
 }  // namespace kestrivane::bmp

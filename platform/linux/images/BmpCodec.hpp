@@ -1,9 +1,10 @@
 // BMP, the bitmap file of Windows and of OS/2 1.x.
 //
 // Read: palettes of 1, 2, 4 and 8 bits, run lengths, 16, 24 and 32 bits with any bit masks, from
-// the bottom or from the top, the embedded profile. Refused: pictures in JPEG or PNG, Huffman
-// codes. Written: grey as a palette of 8 bits, opaque colours in 24 bits, transparent ones in 32
-// bits with a mask for alpha (BITMAPV4HEADER). Thread-safety: functions without state.
+// the bottom or from the top, the embedded profile or the numbers that stand for one. Refused:
+// pictures in JPEG or PNG, Huffman codes. Written: grey as a palette of 8 bits, opaque colours in
+// 24 bits, transparent ones in 32 bits with a mask for alpha (BITMAPV4HEADER). Thread-safety:
+// functions without state.
 #pragma once
 
 #include "platform/ImageIO.hpp"

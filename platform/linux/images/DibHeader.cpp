@@ -34,7 +34,9 @@ constexpr std::uint32_t storedRunLength4 = 2;
 constexpr std::uint32_t storedBitFields = 3;
 constexpr std::uint32_t storedAlphaBitFields = 6;
 
-constexpr std::uint32_t profileEmbedded = 0x4D424544;  // 'MBED', of the field bV5CSType
+// Values of the field bV4CSType, which is bV5CSType.
+constexpr std::uint32_t colorsCalibrated = 0;
+constexpr std::uint32_t profileEmbedded = 0x4D424544;  // 'MBED'
 
 bool isKnownSize(std::uint32_t size) {
   constexpr std::array known{coreSize,      shortOS2Size, infoSize,     colourMaskSize,
@@ -151,6 +153,8 @@ class Parser {
   void readProfile(DibHeader& header) const {
     if (size_ == version5Size && field(56) == profileEmbedded)
       header.profile = {start_ + field(112), field(116)};
+    if (size_ >= version4Size && field(56) == colorsCalibrated)
+      header.calibration = DibCalibration::read(std::span(fields_).subspan<60, 48>());
   }
 
   const ImageInput& input_;

@@ -7,8 +7,10 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
+#include "platform/linux/images/DibCalibration.hpp"
 #include "platform/linux/images/ImageInput.hpp"
 
 namespace kestrivane {
@@ -42,6 +44,11 @@ struct DibHeader {
   std::uint64_t pixelOffset = 0;
   /// Where the ICC profile is; its size is 0 when there is none.
   Range profile{};
+  /// What the header has instead of a profile.
+  std::optional<DibCalibration> calibration;
+
+  /// Whether the colours are others than those of sRGB.
+  bool hasProfile() const { return profile.size > 0 || calibration; }
 
   /// Bytes of a stored row without compression: rows end at a multiple of four.
   std::uint64_t storedRowBytes() const {

@@ -68,8 +68,7 @@ class PaletteRows {
  private:
   /// A profile describes red, green and blue, so with one the picture stays a coloured one.
   static bool isGrey(const DibHeader& header) {
-    return header.profile.size == 0 &&
-           std::ranges::all_of(header.palette, &DibHeader::Colour::isGrey);
+    return !header.hasProfile() && std::ranges::all_of(header.palette, &DibHeader::Colour::isGrey);
   }
 
   template <typename NumberAt>

@@ -60,7 +60,18 @@ Orientation exifOrientation(std::span<const std::uint8_t> exif) {
 }
 
 PixelBuffer upright(PixelBuffer stored, Orientation orientation) {
-  if (orientation == Orientation::topLeft) return stored;
+  using enum Orientation;
+  const bool isReversed = orientation == topRight || orientation == bottomRight;
+  const bool isUpsideDown = orientation == bottomRight || orientation == bottomLeft;
+  if (orientation == topLeft || isReversed || isUpsideDown) {
+    const std::size_t height = stored.height();
+    for (std::size_t y = 0; isReversed && y < height; ++y)
+      reversePixels(stored.row(y), stored.width(), stored.layout());
+    for (std::size_t y = 0; isUpsideDown && y < height / 2; ++y)
+      std::swap_ranges(stored.row(y), stored.row(y) + stored.rowBytes(),
+                       stored.row(height - 1 - y));
+    return stored;
+  }
   UprightRows rows(stored.width(), stored.height(), stored.layout(), orientation);
   for (std::size_t y = 0; y < stored.height(); ++y, rows.advance())
     std::memcpy(rows.next(), stored.row(y), stored.rowBytes());

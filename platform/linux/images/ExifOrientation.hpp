@@ -30,8 +30,8 @@ Orientation orientationOfTag(std::uint32_t value);
 /// `topLeft` when the block has none or is damaged.
 Orientation exifOrientation(std::span<const std::uint8_t> exif);
 
-/// Turns and mirrors the stored pixels so that the picture is upright. Needs a second frame;
-/// `UprightRows`, for codecs that read row by row, does not.
+/// Turns and mirrors the stored pixels so that the picture is upright. Needs a second frame for a
+/// quarter turn; `UprightRows`, for codecs that read row by row, does not.
 PixelBuffer upright(PixelBuffer stored, Orientation orientation);
 
 }  // namespace kestrivane

@@ -7,151 +7,154 @@
 #include <limits>
 
 #include "platform/linux/images/HeicCodec.hpp"
-#include "platform/linux/images/HeifHandles.hpp"
-#include "platform/linux/images/MadeProfile.hpp"
+#include "platform/linux/images/HeicProfile.hpp"
+#include "platform/linux/images/HeicTiles.hpp"
+#include "platform/linux/images/HeicTransform.hpp"
+#include "platform/linux/images/UprightRows.hpp"
+#include "platform/linux/images/YCbCrToRGB.hpp"
 
 namespace kestrivane::heic {
 namespace {
 
-ImageHandle openPrimary(heif_context* context, std::span<const std::uint8_t> bytes) {
-  heif_context_set_maximum_image_size_limit(context, static_cast<int>(maximumSide));
-  check(heif_context_read_from_memory_without_copy(context, bytes.data(), bytes.size(), nullptr));
-  heif_image_handle* handle = nullptr;
-  check(heif_context_get_primary_image_handle(context, &handle));
-  return ImageHandle(handle);
+/// The item that holds the transparency of `picture`, if there is one.
+std::optional<ItemID> findAlpha(const HeifFile& file, ItemID picture) {
+  constexpr std::array<std::string_view, 2> names = {"urn:mpeg:hevc:2015:auxid:1",
+                                                     "urn:mpeg:mpegB:cicp:systems:auxiliary:alpha"};
+  for (const ItemID item : file.sourcesOf(picture, fourCC("auxl"))) {
+    const HeifProperty* const kind = file.findProperty(item, fourCC("auxC"));
+    if (kind == nullptr) continue;
+    HeifBytes bytes(kind->body);
+    bytes.take(4);  // version and flags
+    const auto rest = bytes.rest();
+    const std::string_view text(reinterpret_cast<const char*>(rest.data()), rest.size());
+    if (std::ranges::find(names, text.substr(0, text.find('\0'))) != names.end()) return item;
+  }
+  return std::nullopt;
 }
 
-/// Upright; planes of red, green and blue, or of brightness alone, and of alpha.
-HeifImage decodePlanes(const heif_image_handle* handle) {
-  const DecodingOptions options(heif_decoding_options_alloc());
-  if (!options) throw std::bad_alloc();
-  options->strict_decoding = 1;
-  heif_image* image = nullptr;
-  check(heif_decode_image(handle, &image, heif_colorspace_undefined, heif_chroma_undefined,
-                          options.get()));
-  HeifImage owner(image);
-  heif_error warning{};
-  if (heif_image_get_decoding_warnings(image, 0, &warning, 1) > 0)
-    throw ImageError("the HEIC's data is damaged");
-  return owner;
+/// The numbers of one row of alpha, whose samples are `Stored`, in the scale of the picture.
+template <typename Stored, typename Sample>
+void readAlpha(const HeicTiles& alpha, Sample* target) {
+  constexpr std::uint32_t full = std::numeric_limits<Sample>::max();
+  const std::uint32_t largest = (1U << alpha.format().bits) - 1;
+  for (std::size_t i = 0; i < alpha.partCount(); ++i) {
+    const HeicTiles::Part part = alpha.part(i);
+    const auto* const source = reinterpret_cast<const Stored*>(part.picture.row(0, part.y));
+    for (std::size_t x = 0; x < part.pixels; ++x)
+      target[part.x + x] = static_cast<Sample>((source[x] * full + largest / 2) / largest);
+  }
 }
 
-/// One plane of the picture; `Number` is wide for more than eight bits.
-template <typename Number>
-class Plane {
+template <typename Sample>
+void separateAlpha(Sample* pixel, std::size_t channels, std::size_t pixels) {
+  constexpr std::uint64_t full = std::numeric_limits<Sample>::max();
+  for (std::size_t x = 0; x < pixels; ++x, pixel += channels) {
+    const std::uint64_t alpha = pixel[channels - 1];
+    for (std::size_t c = 0; c + 1 < channels && alpha > 0; ++c)
+      pixel[c] = static_cast<Sample>(std::min((pixel[c] * full + alpha / 2) / alpha, full));
+  }
+}
+
+class Reader {
  public:
-  Plane(const heif_image* image, heif_channel channel, const PixelBuffer& picture)
-      : bytes_(heif_image_get_plane_readonly(image, channel, &stride_)),
-        bits_(heif_image_get_bits_per_pixel_range(image, channel)) {
-    const bool isWide = sizeof(Number) > 1;
-    if (bytes_ == nullptr || bits_ < 8 || bits_ > 16 || (bits_ > 8) != isWide ||
-        heif_image_get_width(image, channel) != static_cast<int>(picture.width()) ||
-        heif_image_get_height(image, channel) != static_cast<int>(picture.height()))
-      throw ImageError("the HEIC's planes are of an unexpected kind");
+  Reader(const HeifFile& file, ItemID item) : colors_(file, item) {
+    if (const auto found = findAlpha(file, item)) {
+      alpha_.emplace(file, *found);
+      if (alpha_->format().width != colors_.format().width ||
+          alpha_->format().height != colors_.format().height)
+        throw ImageError("the HEIC's transparency has another size than the picture");
+      const auto targets = file.targetsOf(item, fourCC("prem"));
+      isPremultiplied_ = std::ranges::find(targets, *found) != targets.end();
+    }
+    transform_ = HeicTransform::read(file.propertiesOf(item), colors_.format().width,
+                                     colors_.format().height);
+    numbers_ = colors_.colorNumbers();
   }
 
-  /// Sets `channel` of every pixel.
-  void copyTo(PixelBuffer& picture, std::size_t channel) const {
-    const std::uint32_t largest = (1U << bits_) - 1;
-    constexpr std::uint32_t full = std::numeric_limits<Number>::max();
-    const std::size_t channels = picture.layout().channelCount();
-    for (std::size_t y = 0; y < picture.height(); ++y) {
-      const auto* const source =
-          reinterpret_cast<const Number*>(bytes_ + y * static_cast<std::size_t>(stride_));
-      auto* const target = reinterpret_cast<Number*>(picture.row(y)) + channel;
-      for (std::size_t x = 0; x < picture.width(); ++x) {
-        const std::uint32_t value = std::min<std::uint32_t>(source[x], largest);
-        target[x * channels] = static_cast<Number>((value * full + largest / 2) / largest);
-      }
-    }
+  PixelBuffer decode() {
+    UprightRows rows(transform_.shown.width, transform_.shown.height, layout(),
+                     transform_.orientation);
+    if (layout().depth == Depth::eight)
+      decodeRows<std::uint8_t>(rows);
+    else
+      decodeRows<std::uint16_t>(rows);
+    PixelBuffer picture = rows.take();
+    const auto profile = colors_.colorProfile();
+    picture.iccProfile.assign(profile.begin(), profile.end());
+    if (profile.empty() && numbers_ && !picture.layout().isGrey())
+      picture.iccProfile = profileOf(*numbers_);
+    return picture;
   }
 
  private:
-  int stride_ = 0;
-  const std::uint8_t* bytes_;
-  int bits_;
-};
+  PixelLayout layout() const {
+    const HevcFormat& format = colors_.format();
+    const bool isGrey = format.chroma == Chroma::none;
+    return {isGrey ? (alpha_ ? Channels::greyAlpha : Channels::grey)
+                   : (alpha_ ? Channels::rgba : Channels::rgb),
+            format.bits > 8 ? Depth::sixteen : Depth::eight};
+  }
 
-template <typename Number>
-void separateAlpha(PixelBuffer& picture) {
-  constexpr std::uint64_t full = std::numeric_limits<Number>::max();
-  const std::size_t channels = picture.layout().channelCount();
-  for (std::size_t line = 0; line < picture.height(); ++line) {
-    auto* pixel = reinterpret_cast<Number*>(picture.row(line));
-    for (std::size_t x = 0; x < picture.width(); ++x, pixel += channels) {
-      const std::uint64_t alpha = pixel[channels - 1];
-      for (std::size_t c = 0; c + 1 < channels && alpha > 0; ++c)
-        pixel[c] = static_cast<Number>(std::min((pixel[c] * full + alpha / 2) / alpha, full));
+  template <typename Sample>
+  void decodeRows(UprightRows& rows) {
+    const std::size_t channels = layout().channelCount();
+    const std::size_t width = colors_.format().width;
+    const PixelRegion& shown = transform_.shown;
+    std::vector<Sample> alpha(alpha_ ? width : 0);
+    std::vector<Sample> whole(shown.width == width ? 0 : width * channels);
+    for (std::size_t y = 0; y < shown.y + shown.height; ++y) {
+      colors_.seek(y);
+      if (alpha_) alpha_->seek(y);
+      if (y < shown.y) continue;
+      if (alpha_ && alpha_->format().bits > 8)
+        readAlpha<std::uint16_t>(*alpha_, alpha.data());
+      else if (alpha_)
+        readAlpha<std::uint8_t>(*alpha_, alpha.data());
+      auto* const target = reinterpret_cast<Sample*>(rows.next());
+      if (whole.empty()) {
+        convertRow(alpha.data(), target);
+      } else {
+        convertRow(alpha.data(), whole.data());
+        std::copy_n(whole.data() + shown.x * channels, shown.width * channels, target);
+      }
+      if (isPremultiplied_) separateAlpha(target, channels, shown.width);
+      rows.advance();
     }
   }
-}
 
-template <typename Number>
-void copyPlanes(const heif_image* image, PixelBuffer& picture) {
-  constexpr std::array colors = {heif_channel_R, heif_channel_G, heif_channel_B};
-  const PixelLayout layout = picture.layout();
-  if (layout.isGrey())
-    Plane<Number>(image, heif_channel_Y, picture).copyTo(picture, 0);
-  else
-    for (std::size_t c = 0; c < colors.size(); ++c)
-      Plane<Number>(image, colors[c], picture).copyTo(picture, c);
-  if (layout.hasAlpha())
-    Plane<Number>(image, heif_channel_Alpha, picture).copyTo(picture, layout.channelCount() - 1);
-}
-
-PixelLayout layoutOf(const heif_image* image) {
-  const bool isGrey = heif_image_get_colorspace(image) == heif_colorspace_monochrome;
-  const bool hasAlpha = heif_image_has_channel(image, heif_channel_Alpha) != 0;
-  const int bits =
-      heif_image_get_bits_per_pixel_range(image, isGrey ? heif_channel_Y : heif_channel_R);
-  return {isGrey ? (hasAlpha ? Channels::greyAlpha : Channels::grey)
-                 : (hasAlpha ? Channels::rgba : Channels::rgb),
-          bits > 8 ? Depth::sixteen : Depth::eight};
-}
-
-PixelBuffer makePicture(const heif_image* image, const heif_image_handle* handle) {
-  PixelBuffer picture = PixelBuffer::create(
-      static_cast<std::size_t>(std::max(heif_image_get_primary_width(image), 0)),
-      static_cast<std::size_t>(std::max(heif_image_get_primary_height(image), 0)), layoutOf(image));
-  const bool isPremultiplied =
-      picture.layout().hasAlpha() && heif_image_handle_is_premultiplied_alpha(handle) != 0;
-  if (picture.layout().depth == Depth::eight) {
-    copyPlanes<std::uint8_t>(image, picture);
-    if (isPremultiplied) separateAlpha<std::uint8_t>(picture);
-  } else {
-    copyPlanes<std::uint16_t>(image, picture);
-    if (isPremultiplied) separateAlpha<std::uint16_t>(picture);
+  /// One row of the stored picture.
+  template <typename Sample>
+  void convertRow(const Sample* alpha, Sample* target) const {
+    const HevcFormat& format = colors_.format();
+    for (std::size_t i = 0; i < colors_.partCount(); ++i) {
+      const HeicTiles::Part part = colors_.part(i);
+      const auto plane = [&](std::size_t number, std::size_t y) {
+        return reinterpret_cast<const Sample*>(part.picture.row(number, y));
+      };
+      YCbCrRow<Sample> row{.brightness = plane(0, part.y),
+                           .isHalvedAcross = format.isHalvedAcross()};
+      if (format.chroma != Chroma::none) {
+        const std::size_t y = format.isHalvedDown() ? part.y / 2 : part.y;
+        row.blue = plane(1, y);
+        row.red = plane(2, y);
+      }
+      if (alpha_) row.alpha = alpha + part.x;
+      const YCbCrMatrix matrix =
+          YCbCrMatrix::make(numbers_ ? numbers_->signal : part.picture.signal, format);
+      Sample* const pixels = target + part.x * layout().channelCount();
+      if constexpr (sizeof(Sample) == 1)
+        fastestYCbCrLoops().convert8(matrix, row, part.pixels, pixels);
+      else
+        fastestYCbCrLoops().convert16(matrix, row, part.pixels, pixels);
+    }
   }
-  return picture;
-}
 
-/// From the profile in the file, else from the numbers for primaries and transfer (ITU-T H.273).
-/// Pictures for brighter screens (PQ, HLG) are taken for ordinary ones.
-std::vector<std::uint8_t> readProfile(const heif_image_handle* handle, PixelLayout layout) {
-  std::vector<std::uint8_t> profile(heif_image_handle_get_raw_color_profile_size(handle));
-  if (!profile.empty()) {
-    check(heif_image_handle_get_raw_color_profile(handle, profile.data()));
-    return profile;
-  }
-  heif_color_profile_nclx* read = nullptr;
-  if (heif_image_handle_get_nclx_color_profile(handle, &read).code != heif_error_Ok) return {};
-  const ColorNumbers numbers(read);
-  if (layout.isGrey()) return {};
-  const TransferCurve curve{
-      numbers->transfer_characteristics == heif_transfer_characteristic_linear ? 1.0 : 0.0};
-  const bool usualColors = numbers->color_primaries == heif_color_primaries_unspecified ||
-                           numbers->color_primaries == heif_color_primaries_ITU_R_BT_709_5;
-  if (usualColors && curve.gamma == 0) return {};
-  const auto point = [](float x, float y) { return Chromaticity{x, y}; };
-  return makeProfile(
-      usualColors
-          ? sRGBChromaticities
-          : Chromaticities{point(numbers->color_primary_white_x, numbers->color_primary_white_y),
-                           point(numbers->color_primary_red_x, numbers->color_primary_red_y),
-                           point(numbers->color_primary_green_x, numbers->color_primary_green_y),
-                           point(numbers->color_primary_blue_x, numbers->color_primary_blue_y)},
-      curve);
-}
+  HeicTiles colors_;
+  std::optional<HeicTiles> alpha_;
+  bool isPremultiplied_ = false;
+  HeicTransform transform_;
+  std::optional<CodedColors> numbers_;
+};
 
 }  // namespace
 
@@ -166,17 +169,8 @@ bool recognise(std::span<const std::uint8_t> start) {
 
 PixelBuffer decode(const ImageInput& input) {
   const std::vector<std::uint8_t> bytes = input.readAll();
-  const Context context(heif_context_alloc());
-  if (!context) throw std::bad_alloc();
-  const ImageHandle handle = openPrimary(context.get(), bytes);
-  const int width = heif_image_handle_get_width(handle.get());
-  const int height = heif_image_handle_get_height(handle.get());
-  checkArea(static_cast<std::uint64_t>(std::max(width, 0)),
-            static_cast<std::uint64_t>(std::max(height, 0)));
-  const HeifImage image = decodePlanes(handle.get());
-  PixelBuffer picture = makePicture(image.get(), handle.get());
-  picture.iccProfile = readProfile(handle.get(), picture.layout());
-  return picture;
+  const HeifFile file(bytes);
+  return Reader(file, file.primary()).decode();
 }
 
 }  // namespace kestrivane::heic

@@ -11,10 +11,8 @@
 namespace kestrivane::heic {
 
 using Context = LibraryHandle<heif_context, heif_context_free>;
-using ImageHandle = LibraryHandle<heif_image_handle, heif_image_handle_release>;
 using HeifImage = LibraryHandle<heif_image, heif_image_release>;
 using Encoder = LibraryHandle<heif_encoder, heif_encoder_release>;
-using DecodingOptions = LibraryHandle<heif_decoding_options, heif_decoding_options_free>;
 using ColorNumbers = LibraryHandle<heif_color_profile_nclx, heif_nclx_color_profile_free>;
 
 inline void check(const heif_error& error) {

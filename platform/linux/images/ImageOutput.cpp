@@ -10,11 +10,6 @@
 #include <sys/stat.h>
 
 namespace kestrivane {
-namespace {
-
-constexpr std::size_t bufferSize = 256 * 1024;
-
-}  // namespace
 
 std::optional<ImageOutput> ImageOutput::create(const FileURL& url) {
   FileDescriptor file(

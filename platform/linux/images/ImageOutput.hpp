@@ -20,6 +20,9 @@ namespace kestrivane {
 
 class ImageOutput {
  public:
+  /// Writes of so many bytes go to the file without another copy.
+  static constexpr std::size_t bufferSize = 256 * 1024;
+
   /// Creates the file, for its owner alone; nothing when it exists or cannot be created.
   static std::optional<ImageOutput> create(const FileURL& url);
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <exception>
 
 #include "platform/linux/images/LinuxImage.hpp"
@@ -36,15 +35,20 @@ void addWeighted(const float* source, float weight, float* target, std::size_t c
 
 void scaleRow(const std::vector<float>& source, const std::vector<ResampledPixel>& columns,
               std::vector<float>& target) {
-  std::ranges::fill(target, 0.0F);
-  for (std::size_t x = 0; x < columns.size(); ++x)
-    for (std::size_t i = 0; i < columns[x].weights.size(); ++i)
-      addWeighted(&source[(columns[x].first + i) * channels], columns[x].weights[i],
-                  &target[x * channels], channels);
+  for (std::size_t x = 0; x < columns.size(); ++x) {
+    std::array<float, channels> sum{};
+    const float* from = source.data() + columns[x].first * channels;
+    for (const float weight : columns[x].weights) {
+      for (std::size_t c = 0; c < channels; ++c)
+        sum[c] += weight * from[c];
+      from += channels;
+    }
+    std::ranges::copy(sum, target.begin() + static_cast<std::ptrdiff_t>(x * channels));
+  }
 }
 
 std::uint8_t toByte(float value) {
-  return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0F, 1.0F) * 255));
+  return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F);
 }
 
 }  // namespace

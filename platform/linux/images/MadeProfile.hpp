@@ -35,6 +35,10 @@ struct TransferCurve {
 /// Empty when the numbers describe no colour space.
 std::vector<std::uint8_t> makeProfile(const Chromaticities& chromaticities, TransferCurve curve);
 
+/// The same where red, green and blue have curves of their own.
+std::vector<std::uint8_t> makeProfileOfCurves(const Chromaticities& chromaticities,
+                                              const std::array<TransferCurve, 3>& curves);
+
 /// For grey pictures.
 std::vector<std::uint8_t> makeGreyProfile(TransferCurve curve);
 

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -76,15 +77,18 @@ class PixelBuffer {
 
  private:
   PixelBuffer(std::size_t width, std::size_t height, PixelLayout layout)
-      : width_(width),
-        height_(height),
-        layout_(layout),
-        pixels_(std::make_unique_for_overwrite<std::uint8_t[]>(byteCount())) {}
+      : width_(width), height_(height), layout_(layout), pixels_(allocate(byteCount())) {}
+
+  struct Free {
+    void operator()(std::uint8_t* pixels) const { std::free(pixels); }
+  };
+  using Pixels = std::unique_ptr<std::uint8_t[], Free>;
+  static Pixels allocate(std::size_t bytes);
 
   std::size_t width_;
   std::size_t height_;
   PixelLayout layout_;
-  std::unique_ptr<std::uint8_t[]> pixels_;
+  Pixels pixels_;
 };
 
 }  // namespace kestrivane

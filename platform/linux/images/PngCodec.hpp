@@ -1,4 +1,4 @@
-// PNG (ISO/IEC 15948, and the eXIf chunk), read by libpng and written by `png::write`.
+// PNG (ISO/IEC 15948, and the eXIf chunk), read by `png::read` and written by `png::write`.
 //
 // Read: every colour type and depth, interlaced or not; palettes and depths below eight bits are
 // expanded. Written: grey, grey with alpha, RGB and RGBA of 8 or 16 bits, not interlaced.

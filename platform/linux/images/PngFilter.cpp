@@ -9,41 +9,11 @@
 
 // The loops are written so that the compiler turns them into vector instructions; the build asks
 // for the optimisation level that this takes.
-#define KESTRIVANE_INLINE [[gnu::always_inline]] inline
 
 namespace kestrivane::png {
 namespace {
 
 using Byte = std::uint8_t;
-
-/// What a byte is predicted to be from its neighbours: to the left, above, above to the left.
-KESTRIVANE_INLINE Byte predictSub(Byte left, Byte, Byte) {
-  return left;
-}
-KESTRIVANE_INLINE Byte predictUp(Byte, Byte above, Byte) {
-  return above;
-}
-KESTRIVANE_INLINE Byte predictAverage(Byte left, Byte above, Byte) {
-  return static_cast<Byte>((left & above) + ((left ^ above) >> 1));
-}
-
-KESTRIVANE_INLINE Byte distance(Byte a, Byte b) {
-  return static_cast<Byte>(std::max(a, b) - std::min(a, b));
-}
-
-/// The neighbour nearest to left + above - corner, computed in bytes alone: where the two steps
-/// from the corner point the same way, the corner is farther off than either neighbour, and how
-/// much farther does not matter.
-KESTRIVANE_INLINE Byte predictPaeth(Byte left, Byte above, Byte corner) {
-  const Byte fromLeft = distance(above, corner);
-  const Byte fromAbove = distance(left, corner);
-  const Byte farther = std::max(fromLeft, fromAbove);
-  const Byte nearer = std::min(fromLeft, fromAbove);
-  const bool sameWay = (above > corner) == (left > corner);
-  const Byte fromCorner = static_cast<Byte>(farther - (sameWay ? 0 : nearer));
-  const Byte other = fromAbove <= fromCorner ? above : corner;
-  return fromLeft <= std::min(fromAbove, fromCorner) ? left : other;
-}
 
 template <auto predict>
 KESTRIVANE_INLINE void applyPrediction(const FilterRow& row, Byte* __restrict target) {

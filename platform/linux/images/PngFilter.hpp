@@ -10,10 +10,9 @@
 #include <cstdint>
 #include <span>
 
-namespace kestrivane::png {
+#include "platform/linux/images/PngPredictors.hpp"
 
-/// How a row is stored; the value is the byte that precedes the row in the file.
-enum class Filter : std::uint8_t { none = 0, sub = 1, up = 2, average = 3, paeth = 4 };
+namespace kestrivane::png {
 
 /// A row as it stands in the file (channels of 16 bits with the high byte first) and what its bytes
 /// are compared with.

@@ -1,9 +1,7 @@
 // The pixels of a PNG: one zlib stream (RFC 1950) in IDAT chunks, compressed strip by strip on all
 // cores.
 //
-// Every thread takes the next strip, compresses it in buffers of its own and writes it when those
-// before it are written, so no finished strips pile up. Thread-safety: any number of calls at once.
-// Ownership: borrows its arguments.
+// Thread-safety: any number of calls at once. Ownership: borrows its arguments.
 #pragma once
 
 #include "platform/linux/images/ImageOutput.hpp"

@@ -13,6 +13,7 @@
 
 #include "platform/linux/images/PngChunk.hpp"
 #include "platform/linux/images/PngDeflater.hpp"
+#include "platform/linux/images/PngHeader.hpp"
 #include "platform/linux/images/PngRowFilter.hpp"
 #include "platform/linux/images/PngStrips.hpp"
 
@@ -21,18 +22,16 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-
-std::uint8_t colorType(Channels channels) {
+ColorType colorType(Channels channels) {
   switch (channels) {
     case Channels::grey:
-      return 0;
+      return ColorType::grey;
     case Channels::rgb:
-      return 2;
+      return ColorType::rgb;
     case Channels::greyAlpha:
-      return 4;
+      return ColorType::greyAlpha;
     default:
-      return 6;
+      return ColorType::rgba;
   }
 }
 
@@ -43,7 +42,7 @@ void writeHeader(const PixelRows& picture, ImageOutput& output) {
   std::ranges::copy(width, header.begin());
   std::ranges::copy(height, header.begin() + 4);
   header[8] = static_cast<std::uint8_t>(picture.layout().depth);
-  header[9] = colorType(picture.layout().channels);
+  header[9] = static_cast<std::uint8_t>(colorType(picture.layout().channels));
   writeChunk("IHDR", header, output);
 }
 

@@ -2,7 +2,7 @@
 //
 // Read: strips and tiles, interleaved and planar, grey, palette, RGB, CMYK and YCbCr, whole numbers
 // of 1 to 32 bits and floating point; the first picture of the file. Written: LZW with horizontal
-// differencing, 8 or 16 bits. Thread-safety and ownership: see `Codec`.
+// differencing, 8 or 16 bits, strips on all cores. Thread-safety and ownership: see `Codec`.
 #pragma once
 
 #include "platform/ImageIO.hpp"
@@ -15,6 +15,8 @@ bool recognise(std::span<const std::uint8_t> start);
 PixelBuffer decode(const ImageInput& input);
 PixelLayout encodedLayout(PixelLayout source);
 void encode(PixelRows& picture, ImageOutput& output);
+/// The same on at most `threads` threads, of which the bytes do not depend.
+void encodeOn(std::size_t threads, const PixelRows& picture, ImageOutput& output);
 }  // namespace tiff
 
 inline constexpr Codec tiffCodec{.typeIdentifier = imageType::tiff,

@@ -11,6 +11,8 @@
 #include "platform/linux/images/TiffCodec.hpp"
 #include "platform/linux/images/TiffHandle.hpp"
 #include "platform/linux/images/TiffSamples.hpp"
+#include "platform/linux/images/UprightRows.hpp"
+#include "platform/linux/images/ZlibCheck.hpp"
 
 namespace kestrivane::tiff {
 namespace {
@@ -61,11 +63,13 @@ class Decoder {
     checkArea(width_, height_);
     const Orientation orientation = orientationOfTag(tag<std::uint16_t>(TIFFTAG_ORIENTATION));
     reports_ = {};  // those so far are about the header: unknown tags and the like
-    PixelBuffer picture = isReadDirectly(format_) ? decodeDirectly() : decodeThroughLibrary();
+    if (isDeflated_) checkDeflatedBlocks();
+    PixelBuffer picture = isReadDirectly(format_) ? decodeDirectly(orientation)
+                                                  : upright(decodeThroughLibrary(), orientation);
     if (reports_.error || reports_.warning) throw ImageError("the TIFF's data is damaged");
     if (picture.iccProfile.empty()) picture.iccProfile = profile();
     if (format_.photometric == PHOTOMETRIC_SEPARATED) picture.iccProfile.clear();
-    return upright(std::move(picture), orientation);
+    return picture;
   }
 
  private:
@@ -85,8 +89,8 @@ class Decoder {
       TIFFSetField(file, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     // By its other way, libdeflate, libtiff overlooks data that overruns a strip, and leaves the
     // strip's last pixels unset.
-    if (compression == COMPRESSION_ADOBE_DEFLATE || compression == COMPRESSION_DEFLATE)
-      TIFFSetField(file, TIFFTAG_DEFLATE_SUBCODEC, DEFLATE_SUBCODEC_ZLIB);
+    isDeflated_ = compression == COMPRESSION_ADOBE_DEFLATE || compression == COMPRESSION_DEFLATE;
+    if (isDeflated_) TIFFSetField(file, TIFFTAG_DEFLATE_SUBCODEC, DEFLATE_SUBCODEC_ZLIB);
     format_.photometric = tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC);
     if (format_.photometric == PHOTOMETRIC_YCBCR && compression == COMPRESSION_JPEG)
       format_.photometric = PHOTOMETRIC_RGB;
@@ -112,8 +116,19 @@ class Decoder {
     return {bytes, bytes + size};
   }
 
-  PixelBuffer decodeDirectly() {
-    PixelBuffer picture = PixelBuffer::create(width_, height_, layoutOf(format_));
+  /// libtiff stops when it has enough bytes, before the checksum that follows them.
+  void checkDeflatedBlocks() const {
+    TIFF* const file = file_.get();
+    const bool isTiled = TIFFIsTiled(file) != 0;
+    const std::uint32_t count = isTiled ? TIFFNumberOfTiles(file) : TIFFNumberOfStrips(file);
+    const std::uint64_t bytes = isTiled ? TIFFTileSize64(file) : TIFFStripSize64(file);
+    for (std::uint32_t block = 0; block < count; ++block)
+      checkZlibStream(source_.input, TIFFGetStrileOffset(file, block),
+                      TIFFGetStrileByteCount(file, block), bytes);
+  }
+
+  PixelBuffer decodeDirectly(Orientation orientation) {
+    UprightRows picture(width_, height_, layoutOf(format_), orientation);
     RowMaker rows(format_, profile());
     if (TIFFIsTiled(file_.get()) != 0)
       readTiles(picture, rows);
@@ -121,18 +136,18 @@ class Decoder {
       readScanlines(picture, rows);
     else
       readPlanarStrips(picture, rows);
-    return picture;
+    return picture.take();
   }
 
-  void readScanlines(PixelBuffer& picture, RowMaker& rows) {
+  void readScanlines(UprightRows& picture, RowMaker& rows) {
     allocateBlock(TIFFScanlineSize64(file_.get()), width_);
-    for (std::uint32_t y = 0; y < height_; ++y) {
+    for (std::uint32_t y = 0; y < height_; ++y, picture.advance()) {
       check(TIFFReadScanline(file_.get(), block_.get(), y, 0));
-      rows.make(block_.get(), 0, width_, picture.row(y));
+      rows.make(block_.get(), 0, width_, picture.next());
     }
   }
 
-  void readPlanarStrips(PixelBuffer& picture, RowMaker& rows) {
+  void readPlanarStrips(UprightRows& picture, RowMaker& rows) {
     const std::uint32_t stripRows = std::min(tag<std::uint32_t>(TIFFTAG_ROWSPERSTRIP), height_);
     if (stripRows == 0) throw ImageError("the TIFF's strips are empty");
     allocateBlock(TIFFStripSize64(file_.get()), std::uint64_t{width_} * stripRows);
@@ -144,29 +159,34 @@ class Decoder {
                                         block_.get() + plane * planeBytes_,
                                         static_cast<tmsize_t>(planeBytes_)),
                    lines * rowBytes);
-      for (std::uint32_t line = 0; line < lines; ++line)
-        rows.make(block_.get() + line * rowBytes, planeBytes_, width_, picture.row(y + line));
+      for (std::uint32_t line = 0; line < lines; ++line, picture.advance())
+        rows.make(block_.get() + line * rowBytes, planeBytes_, width_, picture.next());
     }
   }
 
-  void readTiles(PixelBuffer& picture, RowMaker& rows) {
+  void readTiles(UprightRows& picture, RowMaker& rows) {
     const auto tileWidth = tag<std::uint32_t>(TIFFTAG_TILEWIDTH);
     const auto tileHeight = tag<std::uint32_t>(TIFFTAG_TILELENGTH);
     checkArea(tileWidth, tileHeight);
     allocateBlock(TIFFTileSize64(file_.get()), std::uint64_t{tileWidth} * tileHeight);
     const auto rowBytes = static_cast<std::size_t>(TIFFTileRowSize64(file_.get()));
-    const std::size_t pixelBytes = picture.layout().bytesPerPixel();
-    for (std::uint32_t y = 0; y < height_; y += tileHeight)
+    const PixelLayout layout = layoutOf(format_);
+    auto besideEachOther = PixelBuffer::create(width_, std::min(tileHeight, height_), layout);
+    for (std::uint32_t y = 0; y < height_; y += tileHeight) {
+      const std::uint32_t lines = std::min(tileHeight, height_ - y);
       for (std::uint32_t x = 0; x < width_; x += tileWidth) {
         for (std::uint16_t plane = 0; plane < format_.planes; ++plane)
           checkBlock(TIFFReadEncodedTile(file_.get(), TIFFComputeTile(file_.get(), x, y, 0, plane),
                                          block_.get() + plane * planeBytes_,
                                          static_cast<tmsize_t>(planeBytes_)),
                      planeBytes_);
-        for (std::uint32_t line = 0; line < std::min(tileHeight, height_ - y); ++line)
+        for (std::uint32_t line = 0; line < lines; ++line)
           rows.make(block_.get() + line * rowBytes, planeBytes_, std::min(tileWidth, width_ - x),
-                    picture.row(y + line) + x * pixelBytes);
+                    besideEachOther.row(line) + x * layout.bytesPerPixel());
       }
+      for (std::uint32_t line = 0; line < lines; ++line, picture.advance())
+        std::copy_n(besideEachOther.row(line), besideEachOther.rowBytes(), picture.next());
+    }
   }
 
   /// Takes memory for `planes` blocks of `bytes` bytes, which hold `pixels` pixels each.
@@ -214,6 +234,7 @@ class Decoder {
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;
   Format format_;
+  bool isDeflated_ = false;
   std::unique_ptr<std::uint8_t[]> block_;
   std::size_t planeBytes_ = 0;
 };

@@ -5,13 +5,18 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "platform/linux/images/OrderedStrips.hpp"
 #include "platform/linux/images/TiffCodec.hpp"
 #include "platform/linux/images/TiffHandle.hpp"
+#include "platform/linux/images/TiffLzw.hpp"
 
 namespace kestrivane::tiff {
 namespace {
 
 constexpr std::size_t stripBytes = 256 * 1024;
+
+/// Each takes up to 1 MB: a strip before and after compression.
+constexpr std::size_t maximumThreads = 8;
 
 /// The output as a file with an end, to which libtiff seeks.
 struct Target {
@@ -34,7 +39,7 @@ struct Target {
   }
 };
 
-void setTags(TIFF* file, const PixelRows& picture) {
+void setTags(TIFF* file, const PixelRows& picture, std::size_t stripRows) {
   const PixelLayout layout = picture.layout();
   TIFFSetField(file, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(picture.width()));
   TIFFSetField(file, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(picture.height()));
@@ -50,12 +55,49 @@ void setTags(TIFF* file, const PixelRows& picture) {
   TIFFSetField(file, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
   TIFFSetField(file, TIFFTAG_COMPRESSION, COMPRESSION_LZW);
   TIFFSetField(file, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-  const std::size_t rows = std::max<std::size_t>(stripBytes / picture.rowBytes(), 1);
-  TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rows));
+  TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(stripRows));
   const std::span<const std::uint8_t> profile = picture.iccProfile();
   if (!profile.empty())
     TIFFSetField(file, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()),
                  profile.data());
+}
+
+/// The horizontal differencing of a row (TIFF 6.0, section 14).
+template <typename Channel>
+void storeDifferences(const std::uint8_t* row, std::size_t pixels, std::size_t channels,
+                      std::uint8_t* target) {
+  const auto* const from = reinterpret_cast<const Channel*>(row);
+  auto* const to = reinterpret_cast<Channel*>(target);
+  std::copy_n(from, channels, to);
+  for (std::size_t i = channels; i < pixels * channels; ++i)
+    to[i] = static_cast<Channel>(from[i] - from[i - channels]);
+}
+
+void writeStrips(TIFF* file, const PixelRows& picture, std::size_t stripRows, std::size_t threads) {
+  const auto differencesOf = picture.layout().depth == Depth::eight
+                                 ? storeDifferences<std::uint8_t>
+                                 : storeDifferences<std::uint16_t>;
+  OrderedStrips strips((picture.height() + stripRows - 1) / stripRows, threads);
+  strips.run([&] {
+    LzwEncoder encoder;
+    std::vector<std::uint8_t> scratch(picture.scratchBytes());
+    std::vector<std::uint8_t> differences(stripRows * picture.rowBytes());
+    while (const std::optional<std::size_t> strip = strips.take()) {
+      const std::size_t first = *strip * stripRows;
+      const std::size_t count = std::min(stripRows, picture.height() - first);
+      for (std::size_t line = 0; line < count; ++line)
+        differencesOf(picture.row(first + line, scratch.data()), picture.width(),
+                      picture.layout().channelCount(),
+                      differences.data() + line * picture.rowBytes());
+      const std::span<std::uint8_t> stored =
+          encoder.encode(std::span(differences).first(count * picture.rowBytes()));
+      strips.inOrder(*strip, [&] {
+        if (TIFFWriteRawStrip(file, static_cast<std::uint32_t>(*strip), stored.data(),
+                              static_cast<tmsize_t>(stored.size())) < 0)
+          throw ImageError("the TIFF cannot be written");
+      });
+    }
+  });
 }
 
 }  // namespace
@@ -64,7 +106,7 @@ PixelLayout encodedLayout(PixelLayout source) {
   return source;
 }
 
-void encode(PixelRows& picture, ImageOutput& output) {
+void encodeOn(std::size_t threads, const PixelRows& picture, ImageOutput& output) {
   Target target{output};
   const Access access{
       .user = &target,
@@ -75,17 +117,16 @@ void encode(PixelRows& picture, ImageOutput& output) {
   Reports reports;
   const Handle file = open(access, "w", reports);
   if (!file) throw ImageError("the TIFF cannot be started");
-  setTags(file.get(), picture);
-  std::vector<std::uint8_t> scratch(picture.scratchBytes());
-  std::vector<std::uint8_t> row(picture.rowBytes());
-  for (std::size_t y = 0; y < picture.height(); ++y) {
-    // A copy, because libtiff takes the differences in place.
-    std::copy_n(picture.row(y, scratch.data()), row.size(), row.data());
-    if (TIFFWriteScanline(file.get(), row.data(), static_cast<std::uint32_t>(y), 0) < 0)
-      throw ImageError("the TIFF cannot be written");
-  }
+  const std::size_t stripRows =
+      std::clamp<std::size_t>(stripBytes / picture.rowBytes(), 1, picture.height());
+  setTags(file.get(), picture, stripRows);
+  writeStrips(file.get(), picture, stripRows, threads);
   if (TIFFWriteDirectory(file.get()) == 0 || reports.error)
     throw ImageError("the TIFF cannot be finished");
+}
+
+void encode(PixelRows& picture, ImageOutput& output) {
+  encodeOn(maximumThreads, picture, output);
 }
 
 }  // namespace kestrivane::tiff

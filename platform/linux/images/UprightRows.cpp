@@ -39,6 +39,13 @@ void withPixelOf(std::size_t bytes, Function function) {
 
 }  // namespace
 
+void reversePixels(std::uint8_t* row, std::size_t pixels, PixelLayout layout) {
+  withPixelOf(layout.bytesPerPixel(), [&](auto pixel) {
+    auto* const first = reinterpret_cast<decltype(pixel)*>(row);
+    std::reverse(first, first + pixels);
+  });
+}
+
 UprightRows::UprightRows(std::size_t width, std::size_t height, PixelLayout layout,
                          Orientation orientation)
     : width_(width),
@@ -60,20 +67,14 @@ std::uint8_t* UprightRows::next() {
 
 void UprightRows::advance() {
   using enum Orientation;
-  if (isOneOf(orientation_, topRight, bottomRight)) reverse(next());
+  if (isOneOf(orientation_, topRight, bottomRight))
+    reversePixels(next(), width_, picture_.layout());
   ++done_;
   if (!isTurned(orientation_)) return;
   if (done_ % bandRows == 0)
     placeColumns(bandRows);
   else if (done_ == height_)
     placeColumns(done_ % bandRows);
-}
-
-void UprightRows::reverse(std::uint8_t* row) const {
-  withPixelOf(picture_.layout().bytesPerPixel(), [&](auto pixel) {
-    auto* const pixels = reinterpret_cast<decltype(pixel)*>(row);
-    std::reverse(pixels, pixels + width_);
-  });
 }
 
 /// Makes columns of the latest `count` rows.

@@ -14,6 +14,9 @@
 
 namespace kestrivane {
 
+/// Mirrors a row from left to right.
+void reversePixels(std::uint8_t* row, std::size_t pixels, PixelLayout layout);
+
 class UprightRows {
  public:
   /// For `height` rows of `width` pixels, as stored. Throws as `PixelBuffer::create` does.
@@ -28,7 +31,6 @@ class UprightRows {
   PixelBuffer take() { return std::move(picture_); }
 
  private:
-  void reverse(std::uint8_t* row) const;
   void placeColumns(std::size_t count);
 
   std::size_t width_;

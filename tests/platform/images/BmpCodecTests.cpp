@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include <gtest/gtest.h>
 
 #include "platform/linux/images/BmpCodec.hpp"
+#include "platform/linux/images/ColorTransform.hpp"
 #include "platform/linux/images/LittleEndian.hpp"
 #include "tests/platform/images/ImageTesting.hpp"
 
@@ -289,6 +291,62 @@ TEST(BmpCodec, keepsAGreyPaletteColouredWhenThereIsAProfile) {
                       .pixels = {0, 0, 0, 0},
                       .profile = {1, 2, 3}};
   EXPECT_EQ(bitmap.read().layout(), rgb8);
+}
+
+/// One pixel (200, 100, 50) of a bitmap whose header has these end points and gammas, as sRGB.
+Bytes shownWithCalibration(const std::array<double, 9>& endpoints,
+                           const std::array<double, 3>& gammas) {
+  Bytes fields;
+  for (const double number : endpoints)
+    littleEndian::append32(fields, static_cast<std::uint32_t>(std::lround(number * (1 << 30))));
+  for (const double gamma : gammas)
+    littleEndian::append32(fields, static_cast<std::uint32_t>(std::lround(gamma * (1 << 16))));
+  const Bitmap bitmap{.headerSize = 108, .width = 1, .height = 1, .pixels = {50, 100, 200, 0}};
+  Bytes file = bitmap.file();
+  std::ranges::copy(fields, file.begin() + 14 + 60);
+  const PixelBuffer picture = decode(bmpCodec, file);
+  Bytes pixel = pixelsOf(picture);
+  if (const auto transform = ColorTransform::toSRGB(picture.iccProfile, rgb8))
+    transform->convert(pixel.data(), pixel.data(), 1);
+  return pixel;
+}
+
+TEST(BmpCodec, readsColoursThatAreDescribedByNumbers) {
+  // Adobe RGB (1998); what the pixel is in sRGB follows from the definitions of both.
+  constexpr std::array<double, 9> tristimuli = {0.57667, 0.29734, 0.02703, 0.18556, 0.62736,
+                                                0.07069, 0.18823, 0.07529, 0.99134};
+  constexpr std::array<double, 9> chromaticities = {0.64, 0.33, 0.03, 0.21, 0.71,
+                                                    0.08, 0.15, 0.06, 0.79};
+  for (const auto& endpoints : {tristimuli, chromaticities})
+    for (const double gamma : {2.2, 1 / 2.2}) {
+      const Bytes shown = shownWithCalibration(endpoints, {gamma, gamma, gamma});
+      EXPECT_NEAR(shown[0], 227, 1);
+      EXPECT_NEAR(shown[1], 100, 1);
+      EXPECT_NEAR(shown[2], 42, 1);
+    }
+}
+
+TEST(BmpCodec, readsAGammaForEachColour) {
+  constexpr std::array<double, 9> ofSRGB = {0.64, 0.33, 0.03, 0.30, 0.60, 0.10, 0.15, 0.06, 0.79};
+  const Bytes shown = shownWithCalibration(ofSRGB, {2.2, 1.8, 1.0});
+  EXPECT_NEAR(shown[0], 201, 1);
+  EXPECT_NEAR(shown[1], 119, 1);
+  EXPECT_NEAR(shown[2], 122, 1);
+}
+
+TEST(BmpCodec, takesNumbersThatDescribeNoColoursForSRGB) {
+  EXPECT_EQ(shownWithCalibration({}, {}), (Bytes{200, 100, 50}));
+  EXPECT_EQ(shownWithCalibration({}, {2.2, 2.2, 2.2}), (Bytes{200, 100, 50}));
+}
+
+TEST(BmpCodec, writesPicturesOfManyStripsThatOthersRead) {
+  const TemporaryFolder folder;
+  const FileURL written = folder / "picture.bmp";
+  const PixelBuffer picture = makeNoise(701, 900, rgb8);
+  writeFile(written, encode(bmpCodec, picture));
+  EXPECT_EQ(maximumDifference(picture, decode(bmpCodec, readFile(written))), 0);
+  outputOf("convert " + written.path() + " -depth 8 rgb:" + (folder / "picture.rgb").path());
+  EXPECT_TRUE(readFile(folder / "picture.rgb") == pixelsOf(picture));
 }
 
 TEST(BmpCodec, refusesATruncatedFileWhereverItEnds) {

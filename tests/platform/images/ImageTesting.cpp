@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -88,6 +89,14 @@ PixelBuffer makePicture(std::size_t width, std::size_t height, PixelLayout layou
       else
         picture.row16(y)[i] = static_cast<std::uint16_t>(stored);
     }
+  return picture;
+}
+
+PixelBuffer makeNoise(std::size_t width, std::size_t height, PixelLayout layout) {
+  PixelBuffer picture = PixelBuffer::create(width, height, layout);
+  std::mt19937 random(1);
+  for (std::size_t i = 0; i < picture.byteCount(); ++i)
+    picture.row(0)[i] = static_cast<std::uint8_t>(random() % 256);
   return picture;
 }
 

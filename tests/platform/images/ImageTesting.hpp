@@ -40,6 +40,9 @@ void writeFile(const FileURL& url, std::span<const std::uint8_t> bytes);
 /// full.
 PixelBuffer makePicture(std::size_t width, std::size_t height, PixelLayout layout);
 
+/// Bytes without any pattern, the same every time.
+PixelBuffer makeNoise(std::size_t width, std::size_t height, PixelLayout layout);
+
 /// The picture as other channels or with another depth.
 PixelBuffer converted(const PixelBuffer& picture, PixelLayout layout);
 

@@ -1,4 +1,3 @@
-#include <random>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -10,14 +9,6 @@ namespace kestrivane::imageTesting {
 namespace {
 
 constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-
-PixelBuffer makeNoise(std::size_t width, std::size_t height, PixelLayout layout) {
-  PixelBuffer picture = PixelBuffer::create(width, height, layout);
-  std::mt19937 random(1);
-  for (std::size_t i = 0; i < picture.byteCount(); ++i)
-    picture.row(0)[i] = static_cast<std::uint8_t>(random() % 256);
-  return picture;
-}
 
 void expectExact(const PixelBuffer& picture) {
   EXPECT_EQ(maximumDifference(picture, decode(pngCodec, encode(pngCodec, picture))), 0)

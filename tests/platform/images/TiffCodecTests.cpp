@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "platform/linux/images/MadeProfile.hpp"
@@ -48,6 +50,53 @@ TEST(TiffCodec, bringsBackEveryLayoutExactly) {
 TEST(TiffCodec, bringsBackAPictureOfManyStrips) {
   const PixelBuffer picture = makePicture(700, 600, rgb8);
   EXPECT_EQ(maximumDifference(picture, decode(tiffCodec, encode(tiffCodec, picture))), 0);
+}
+
+TEST(TiffCodec, bringsBackNoiseWhichCannotBeCompressed) {
+  const PixelBuffer picture = makeNoise(700, 600, {Channels::rgba, Depth::sixteen});
+  EXPECT_EQ(maximumDifference(picture, decode(tiffCodec, encode(tiffCodec, picture))), 0);
+}
+
+TEST(TiffCodec, bringsBackTheSmallestAndTheLongestPictures) {
+  for (const auto& [width, height] : {std::pair<std::size_t, std::size_t>{1, 1},
+                                      {1, 2},
+                                      {2, 1},
+                                      {maximumSide, 2},
+                                      {2, maximumSide}}) {
+    const PixelBuffer picture = makeNoise(width, height, rgb8);
+    EXPECT_EQ(maximumDifference(picture, decode(tiffCodec, encode(tiffCodec, picture))), 0);
+  }
+}
+
+TEST(TiffCodec, writesTheSameBytesOnOneThreadAndOnMany) {
+  const PixelBuffer picture = makeNoise(700, 900, rgb8);
+  const auto bytesOf = [&](std::size_t threads) {
+    const TemporaryFolder folder;
+    auto output = ImageOutput::create(folder / "picture.tiff");
+    tiff::encodeOn(threads, PixelRows(picture), *output);
+    EXPECT_TRUE(output->finish());
+    return readFile(folder / "picture.tiff");
+  };
+  const Bytes alone = bytesOf(1);
+  EXPECT_EQ(maximumDifference(picture, decode(tiffCodec, alone)), 0);
+  EXPECT_TRUE(alone == bytesOf(2));
+  EXPECT_TRUE(alone == bytesOf(8));
+}
+
+TEST(TiffCodec, isReadBackTheSameByIndependentPrograms) {
+  const TemporaryFolder folder;
+  const FileURL written = folder / "picture.tiff";
+  const FileURL stored = folder / "stored.tiff";
+  const FileURL raw = folder / "picture.rgb";
+  for (const bool smooth : {true, false}) {
+    const PixelBuffer picture = smooth ? makePicture(1021, 1500, rgb8) : makeNoise(511, 700, rgb8);
+    const Bytes pixels(picture.row(0), picture.row(0) + picture.byteCount());
+    writeFile(written, encode(tiffCodec, picture));
+    EXPECT_EQ(outputOf("convert " + written.path() + " -depth 8 rgb:" + raw.path() + " 2>&1"), "");
+    EXPECT_TRUE(readFile(raw) == pixels);
+    EXPECT_EQ(outputOf("tiffcp -c none " + written.path() + " " + stored.path() + " 2>&1"), "");
+    EXPECT_EQ(maximumDifference(picture, decodeFile(stored)), 0);
+  }
 }
 
 TEST(TiffCodec, keepsTheProfile) {
@@ -143,10 +192,40 @@ TEST(TiffCodec, turnsThePictureUpright) {
   EXPECT_EQ(maximumDifference(picture, photo()), 0);
 }
 
+TEST(TiffCodec, turnsTilesAndPlanesUpright) {
+  const TemporaryFolder folder;
+  const FileURL turned = folder / "turned.tiff";
+  const FileURL made = folder / "made.tiff";
+  outputOf("convert " + sample("photo.png").path() +
+           " -rotate -90 -orient RightTop TIFF:" + turned.path());
+  for (const std::string shape : {"-t -w 48 -l 32", "-s -r 7 -p separate"}) {
+    outputOf("tiffcp -c none " + shape + " " + turned.path() + " " + made.path());
+    EXPECT_EQ(maximumDifference(decodeFile(made), photo()), 0) << shape;
+  }
+}
+
 TEST(TiffCodec, refusesATruncatedFileWhereverItEnds) {
   const Bytes bytes = encode(tiffCodec, makePicture(40, 30, rgb8));
   for (std::size_t size = 0; size < bytes.size(); ++size)
     EXPECT_THROW(decode(tiffCodec, std::span(bytes).first(size)), ImageError) << size;
+}
+
+TEST(TiffCodec, refusesDeflatedSamplesWithAnotherChecksum) {
+  const TemporaryFolder folder;
+  const FileURL made = folder / "made.tiff";
+  for (const std::string shape : {"-s -r 20", "-s -r 1000", "-t -w 32 -l 16"}) {
+    outputOf("tiffcp -c zip:p1 " + shape + " " + sample("photo.tiff").path() + " " + made.path());
+    const Bytes whole = readFile(made);
+    EXPECT_EQ(maximumDifference(decode(tiffCodec, whole), decodeFile(sample("photo.tiff"))), 0);
+    // The first block begins behind the header and ends where its byte count says.
+    const std::size_t end =
+        std::stoul(outputOf("tiffinfo -s " + made.path() +
+                            " | sed -n 's/.*0: \\[ *8, *\\([0-9]*\\)\\]/\\1/p'")) +
+        8;
+    Bytes damaged = whole;
+    damaged[end - 1] ^= 1;
+    EXPECT_THROW(decode(tiffCodec, damaged), ImageError) << shape;
+  }
 }
 
 TEST(TiffCodec, refusesSamplesThatAreCutShort) {

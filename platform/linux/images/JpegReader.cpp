@@ -2,84 +2,29 @@
 #error "This adapter is for Linux."
 #endif
 
-#include "platform/linux/images/JpegCodec.hpp"
-
 #include <algorithm>
 #include <array>
-#include <csetjmp>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
-#include <jpeglib.h>
-// After jpeglib.h, whose types it uses.
-#include <jerror.h>
-
 #include "platform/linux/images/Cmyk.hpp"
 #include "platform/linux/images/ExifOrientation.hpp"
+#include "platform/linux/images/JpegCodec.hpp"
+#include "platform/linux/images/JpegErrors.hpp"
 #include "platform/linux/images/UprightRows.hpp"
 
 namespace kestrivane::jpeg {
 namespace {
 
-constexpr int quality = 90;
 constexpr std::size_t bufferSize = 64 * 1024;
+constexpr int exifMarker = JPEG_APP0 + 1;
+constexpr int iccMarker = JPEG_APP0 + 2;
+
 /// A scan of a few bytes may stand for the whole area. Encoders make about ten; small pictures may
 /// have one for each frequency.
 int maximumScans(std::uint64_t area) {
   constexpr std::uint64_t pixelsOfAllScans = std::uint64_t{1} << 30;
   return static_cast<int>(std::clamp<std::uint64_t>(pixelsOfAllScans / area, 16, 64));
-}
-
-constexpr int exifMarker = JPEG_APP0 + 1;
-constexpr int iccMarker = JPEG_APP0 + 2;
-
-/// libjpeg reports an error by a function that must not return: it jumps to the latest `guarded`.
-struct Errors : jpeg_error_mgr {
-  Errors() {
-    jpeg_std_error(this);
-    error_exit = [](j_common_ptr codec) { static_cast<Errors*>(codec->err)->fail(codec); };
-    emit_message = [](j_common_ptr codec, int level) {
-      auto& self = *static_cast<Errors*>(codec->err);
-      if (level < 0 && !self.isHarmless()) self.fail(codec);
-    };
-    output_message = [](j_common_ptr) {};
-  }
-
-  [[noreturn]] void fail(j_common_ptr codec) {
-    format_message(codec, message.data());
-    std::longjmp(jump, 1);
-  }
-
-  /// Whether the latest warning leaves the picture whole. Any other stands for damaged or missing
-  /// data.
-  bool isHarmless() const {
-    switch (msg_code) {
-      case JWRN_JFIF_MAJOR:
-      case JWRN_ADOBE_XFORM:
-      case JWRN_BOGUS_ICC:
-      case JWRN_NOT_SEQUENTIAL:  // odd parameters of a scan, which mean nothing there
-        return true;
-      case JWRN_EXTRANEOUS_DATA:
-        // Cameras and editors leave bytes between the segments of the header. Behind the start of
-        // the pixels they would be pixels that went astray.
-        return !pixelsBegan;
-      default:
-        return false;
-    }
-  }
-
-  bool pixelsBegan = false;
-  std::jmp_buf jump{};
-  std::array<char, JMSG_LENGTH_MAX> message{};
-};
-
-/// Runs calls of libjpeg and throws what they report. A jump leaves `calls` without destroying
-/// anything, so it has no local variables that need it.
-template <typename Calls>
-void guarded(Errors& errors, Calls calls) {
-  if (setjmp(errors.jump) != 0) throw ImageError(errors.message.data());
-  calls();
 }
 
 struct Source : jpeg_source_mgr {
@@ -107,32 +52,6 @@ struct Source : jpeg_source_mgr {
 
   const ImageInput& input;
   std::uint64_t offset = 0;  // of the byte after the buffer
-  std::array<std::uint8_t, bufferSize> buffer;
-};
-
-struct Destination : jpeg_destination_mgr {
-  explicit Destination(ImageOutput& to) : jpeg_destination_mgr(), output(to) {
-    init_destination = [](j_compress_ptr codec) {
-      static_cast<Destination*>(codec->dest)->startBuffer();
-    };
-    empty_output_buffer = [](j_compress_ptr codec) -> boolean {
-      auto& self = *static_cast<Destination*>(codec->dest);
-      self.output.write(self.buffer);
-      self.startBuffer();
-      return TRUE;
-    };
-    term_destination = [](j_compress_ptr codec) {
-      auto& self = *static_cast<Destination*>(codec->dest);
-      self.output.write(std::span(self.buffer).first(bufferSize - self.free_in_buffer));
-    };
-  }
-
-  void startBuffer() {
-    next_output_byte = buffer.data();
-    free_in_buffer = bufferSize;
-  }
-
-  ImageOutput& output;
   std::array<std::uint8_t, bufferSize> buffer;
 };
 
@@ -249,46 +168,6 @@ class Decoder {
   jpeg_decompress_struct codec_{};
 };
 
-class Encoder {
- public:
-  explicit Encoder(ImageOutput& output) : destination_(output) {
-    codec_.err = &errors_;
-    guarded(errors_, [this] { jpeg_create_compress(&codec_); });
-    codec_.dest = &destination_;
-  }
-  Encoder(const Encoder&) = delete;
-  Encoder& operator=(const Encoder&) = delete;
-  ~Encoder() { jpeg_destroy_compress(&codec_); }
-
-  void encode(const PixelRows& picture) {
-    const std::span<const std::uint8_t> profile = picture.iccProfile();
-    std::vector<std::uint8_t> scratch(picture.scratchBytes());
-    codec_.image_width = static_cast<JDIMENSION>(picture.width());
-    codec_.image_height = static_cast<JDIMENSION>(picture.height());
-    codec_.in_color_space = picture.layout().isGrey() ? JCS_GRAYSCALE : JCS_RGB;
-    codec_.input_components = static_cast<int>(picture.layout().channelCount());
-    guarded(errors_, [&] {
-      jpeg_set_defaults(&codec_);
-      jpeg_set_quality(&codec_, quality, TRUE);
-      codec_.dct_method = JDCT_ISLOW;
-      jpeg_start_compress(&codec_, TRUE);
-      if (!profile.empty())
-        jpeg_write_icc_profile(&codec_, profile.data(), static_cast<unsigned>(profile.size()));
-      while (codec_.next_scanline < codec_.image_height) {
-        // libjpeg does not write to the rows that it compresses.
-        auto* row = const_cast<JSAMPROW>(picture.row(codec_.next_scanline, scratch.data()));
-        jpeg_write_scanlines(&codec_, &row, 1);
-      }
-      jpeg_finish_compress(&codec_);
-    });
-  }
-
- private:
-  Errors errors_;
-  Destination destination_;
-  jpeg_compress_struct codec_{};
-};
-
 }  // namespace
 
 bool recognise(std::span<const std::uint8_t> start) {
@@ -297,14 +176,6 @@ bool recognise(std::span<const std::uint8_t> start) {
 
 PixelBuffer decode(const ImageInput& input) {
   return std::make_unique<Decoder>(input)->decode();
-}
-
-PixelLayout encodedLayout(PixelLayout source) {
-  return {source.isGrey() ? Channels::grey : Channels::rgb, Depth::eight};
-}
-
-void encode(PixelRows& picture, ImageOutput& output) {
-  std::make_unique<Encoder>(output)->encode(picture);
 }
 
 }  // namespace kestrivane::jpeg

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <exception>
+#include <functional>
 #include <list>
 #include <stop_token>
 
@@ -53,6 +54,9 @@ class TaskScope final : private detail::CompletionHandler {
 
   bool empty() const { return roots_.empty(); }
 
+  /// Called on the loop each time that the last task has ended. May be absent.
+  std::function<void()> onEmpty;
+
  private:
   struct Root {
     explicit Root(Task<void> t) : task(std::move(t)) {}
@@ -66,6 +70,7 @@ class TaskScope final : private detail::CompletionHandler {
       if (root->task.handle().address() != finished.address()) continue;
       if (root->task.handle().promise().exception) std::terminate();
       roots_.erase(root);
+      if (roots_.empty() && onEmpty) onEmpty();
       return;
     }
   }

@@ -10,8 +10,12 @@ add_library(kestrivane_core STATIC
   async/TaskGroup.hpp
   async/TaskScope.hpp
   async/Trampoline.hpp
+  converters/FFmpegConverter.cpp
+  converters/FFmpegConverter.hpp
   converters/ImageConverter.cpp
   converters/ImageConverter.hpp
+  converters/VideoConverter.cpp
+  converters/VideoConverter.hpp
   engine/AsyncSemaphore.cpp
   engine/AsyncSemaphore.hpp
   engine/ConversionEngine.cpp
@@ -27,6 +31,11 @@ add_library(kestrivane_core STATIC
   platform/FileEventStream.hpp
   platform/FileManager.hpp
   platform/FileURL.cpp
+  monitor/WatchedFolders.cpp
+  monitor/WatchedFolders.hpp
+  platform/AssetExportSession.hpp
+  platform/Bundle.hpp
+  platform/Data.hpp
   platform/FileURL.hpp
   platform/ImageIO.hpp
   platform/Locale.hpp
@@ -36,7 +45,10 @@ add_library(kestrivane_core STATIC
   platform/UUID.cpp
   platform/UUID.hpp
   platform/Unicode.hpp
+  platform/OpenPanel.hpp
   platform/UserDefaults.hpp
+  platform/SecurityScopedBookmarks.hpp
+  platform/Process.hpp
   state/L10n.cpp
   state/L10n.hpp)
 target_link_libraries(kestrivane_core PUBLIC kestrivane_options)

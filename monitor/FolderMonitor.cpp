@@ -19,7 +19,8 @@ FolderMonitor::FolderMonitor(FileURL folderURL, const Services& services)
       fileManager_(services.fileManager),
       queue_(services.dispatch.makeSerialQueue("com.kestrivane.FolderMonitorQueue",
                                                QualityOfService::background)),
-      logger_(services.log.makeLogger(logSubsystem, "FolderMonitor")) {}
+      logger_(services.log.makeLogger(logSubsystem, "FolderMonitor")),
+      watchedFolder_(services.watchedFolders, folderURL_) {}
 
 FolderMonitor::~FolderMonitor() {
   stop();
@@ -42,6 +43,8 @@ AsyncStream<FolderEvent> FolderMonitor::start() {
     continuation.finish();
     return std::move(events);
   }
+  // Before the first event: which of several folders answers for a file is settled by then.
+  watchedFolder_.enter(fileManager_.resolvingSymbolicLinks(folderURL_));
   stream_->start();
   logger_->log(LogLevel::info, "Начат мониторинг папки: " + folderURL_.path());
   return std::move(events);
@@ -51,6 +54,7 @@ void FolderMonitor::stop() {
   if (stream_) {
     stream_->stop();
     stream_.reset();
+    watchedFolder_.leave();
     logger_->log(LogLevel::info, "Остановлен мониторинг папки: " + folderURL_.path());
   }
   if (continuation_) continuation_->finish();
@@ -58,11 +62,13 @@ void FolderMonitor::stop() {
 }
 
 void FolderMonitor::ignoreEvents(const FileURL& url) {
+  watchedFolder_.beginProcessing(url);
   const std::lock_guard guard(lock_);
   activelyProcessingURLs_.insert(url);
 }
 
 void FolderMonitor::stopIgnoringEvents(const FileURL& url) {
+  watchedFolder_.endProcessing(url);
   const std::lock_guard guard(lock_);
   activelyProcessingURLs_.erase(url);
 }
@@ -108,6 +114,7 @@ bool FolderMonitor::isIgnored(const FileURL& url) {
 
 void FolderMonitor::reportIfExtensionChanged(const FileURL& oldURL, const FileURL& newURL) {
   if (lowercased(oldURL.pathExtension()) == lowercased(newURL.pathExtension())) return;
+  if (!watchedFolder_.answersFor(oldURL, newURL)) return;
   logger_->log(LogLevel::info, "Файл переименован с изменением расширения:\n" + oldURL.path() +
                                    " ->\n" + newURL.path());
   if (continuation_) continuation_->yield(FolderEvent::renamed(oldURL, newURL));

@@ -4,6 +4,7 @@
 // Thread-safety: `start` and `stop` belong to the main thread, batches are handled on the monitor's
 // own serial queue, and `ignoreEvents` and `stopIgnoringEvents` may be called from any thread.
 // Ownership: shared by the engine and the view model; the services that it is made with outlive it.
+// Monitors of folders that may lie inside each other share their `WatchedFolders`.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +17,7 @@
 
 #include "async/AsyncStream.hpp"
 #include "monitor/FolderEvent.hpp"
+#include "monitor/WatchedFolders.hpp"
 #include "platform/Dispatch.hpp"
 #include "platform/FileEventStream.hpp"
 #include "platform/FileManager.hpp"
@@ -31,6 +33,7 @@ class FolderMonitor final : public std::enable_shared_from_this<FolderMonitor> {
     FileManager& fileManager;
     UnifiedLog& log;
     Dispatch& dispatch;
+    std::shared_ptr<WatchedFolders> watchedFolders = std::make_shared<WatchedFolders>();
   };
 
   /// Does not touch the file system and starts nothing.
@@ -72,6 +75,7 @@ class FolderMonitor final : public std::enable_shared_from_this<FolderMonitor> {
   std::unique_ptr<Logger> logger_;
   std::unordered_set<FileURL> activelyProcessingURLs_;
   std::mutex lock_;  ///< guards `activelyProcessingURLs_`
+  WatchedFolder watchedFolder_;
   /// Written only while no batch is being handled: before the stream starts and after it stopped.
   std::optional<AsyncStream<FolderEvent>::Continuation> continuation_;
 };

@@ -35,6 +35,14 @@ class FileManager {
   /// Everything that is no directory is a `file`.
   virtual ItemKind kindOfItem(const FileURL& url) const = 0;
 
+  /// The same place by a path without symbolic links, "." and ".."; `url` itself where that cannot
+  /// be found.
+  virtual FileURL resolvingSymbolicLinks(const FileURL& url) const = 0;
+
+  /// Whether another megabyte can be written to `folder`. Where it cannot, a program that overlooks
+  /// failing writes may have left half a file there.
+  virtual bool hasRoom(const FileURL& folder) const = 0;
+
   /// Renames or moves the item. Never overwrites: throws if something is at `destination`.
   virtual void moveItem(const FileURL& source, const FileURL& destination) = 0;
 

@@ -18,6 +18,7 @@ class FakeDispatch final : public Dispatch {
 
   EventLoop& mainLoop() override { return loop; }
   Executor& globalQueue(QualityOfService) override { return loop; }
+  Executor& longWorkQueue() override { return loop; }
   std::shared_ptr<Executor> makeSerialQueue(std::string_view, QualityOfService) override {
     return std::make_shared<Forward>(loop);
   }

@@ -133,6 +133,11 @@ ItemKind InMemoryFileSystem::kindOfItem(const FileURL& url) const {
   return item->second ? ItemKind::file : ItemKind::directory;
 }
 
+FileURL InMemoryFileSystem::resolvingSymbolicLinks(const FileURL& url) const {
+  const auto link = links_.find(url.path());
+  return link == links_.end() ? url : FileURL(link->second);
+}
+
 void InMemoryFileSystem::moveItem(const FileURL& source, const FileURL& destination) {
   if (movesFail) throw failure(EACCES, "Moving is not permitted");
   if (!items_.contains(source.path())) throw failure(ENOENT, "Nothing to move");

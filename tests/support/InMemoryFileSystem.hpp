@@ -28,6 +28,8 @@ class InMemoryFileSystem final : public FileManager, public FileEventService {
   void createDirectory(const std::string& path);
   void writeFile(const std::string& path, std::string content);
   void remove(const std::string& path);
+  /// Makes `path` another name of the directory `target`; only `resolvingSymbolicLinks` follows it.
+  void link(const std::string& path, const std::string& target) { links_[path] = target; }
   void rename(const std::string& from, const std::string& to);
 
   /// Hands the batch to every stream, whatever it says.
@@ -40,6 +42,7 @@ class InMemoryFileSystem final : public FileManager, public FileEventService {
 
   /// Makes every later operation of that kind throw or return null.
   bool movesFail = false;
+  bool isFull = false;  ///< only `hasRoom` minds
   bool replacementsFail = false;
   bool temporaryDirectoryFails = false;
   bool streamsFail = false;
@@ -50,6 +53,8 @@ class InMemoryFileSystem final : public FileManager, public FileEventService {
   mutable std::vector<std::string> existenceQueries;
 
   ItemKind kindOfItem(const FileURL& url) const override;
+  FileURL resolvingSymbolicLinks(const FileURL& url) const override;
+  bool hasRoom(const FileURL&) const override { return !isFull; }
   void moveItem(const FileURL& source, const FileURL& destination) override;
   FileVersion versionOfItem(const FileURL& url) const override;
   void replaceItem(const FileURL& original, const FileURL& replacement,
@@ -73,6 +78,7 @@ class InMemoryFileSystem final : public FileManager, public FileEventService {
 
   std::map<std::string, std::optional<std::string>> items_;  ///< no content: a directory
   std::map<std::string, std::int64_t> lastWrites_;           ///< by path: a number that grows
+  std::map<std::string, std::string> links_;
   std::set<Stream*> streams_;
   std::int64_t writeCount_ = 0;
   FileEventId eventId_ = 1;

@@ -6,8 +6,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include <sys/stat.h>
@@ -45,11 +43,12 @@ off_t copyInKernel(int from, int to, off_t size) {
   return copied;
 }
 
-void writeAll(int file, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(file, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    bytes.remove_prefix(static_cast<std::size_t>(checked(written)));
+/// The next bytes of the file, in `buffer`; none at its end.
+std::string_view readSome(int file, std::vector<char>& buffer) {
+  while (true) {
+    const ssize_t count = read(file, buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) continue;
+    return {buffer.data(), static_cast<std::size_t>(checked(count))};
   }
 }
 
@@ -57,13 +56,11 @@ void writeAll(int file, std::string_view bytes) {
 off_t copyByHand(int from, int to) {
   std::vector<char> buffer(bufferSize);
   off_t copied = 0;
-  while (true) {
-    const ssize_t count = read(from, buffer.data(), buffer.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (checked(count) == 0) return copied;
-    writeAll(to, {buffer.data(), static_cast<std::size_t>(count)});
-    copied += count;
+  for (std::string_view part; !(part = readSome(from, buffer)).empty();) {
+    writeAll(to, part);
+    copied += static_cast<off_t>(part.size());
   }
+  return copied;
 }
 
 void copyOwner(const struct stat& from, int to) {
@@ -106,6 +103,22 @@ void copyAttribute(int from, int to, const std::string& name) {
 }
 
 }  // namespace
+
+std::string readAll(int file) {
+  std::vector<char> buffer(bufferSize);
+  std::string content;
+  for (std::string_view part; !(part = readSome(file, buffer)).empty();)
+    content += part;
+  return content;
+}
+
+void writeAll(int file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(file, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    bytes.remove_prefix(static_cast<std::size_t>(checked(written)));
+  }
+}
 
 void copyContent(int from, int to) {
   struct stat status;

@@ -24,6 +24,7 @@ LinuxDispatch::LinuxDispatch(EventLoop& mainLoop, std::shared_ptr<ThreadPool> wo
     : mainLoop_(mainLoop), workers_(std::move(workers)), serialThreads_(std::move(serialThreads)) {}
 
 LinuxDispatch::~LinuxDispatch() {
+  longWork_.finish();
   workers_->finish();
   serialThreads_->finish();
 }

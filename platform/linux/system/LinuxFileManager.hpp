@@ -10,6 +10,8 @@ namespace kestrivane {
 class LinuxFileManager final : public FileManager {
  public:
   ItemKind kindOfItem(const FileURL& url) const override;
+  FileURL resolvingSymbolicLinks(const FileURL& url) const override;
+  bool hasRoom(const FileURL& folder) const override;
   void moveItem(const FileURL& source, const FileURL& destination) override;
   FileVersion versionOfItem(const FileURL& url) const override;
   void replaceItem(const FileURL& original, const FileURL& replacement,

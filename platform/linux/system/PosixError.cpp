@@ -27,6 +27,12 @@ Text introduction(FileOperation operation) {
       return {"Could not replace '", "Не удалось заменить '"};
     case FileOperation::makeTemporaryDirectory:
       return {"Could not make the temporary folder '", "Не удалось создать временную папку '"};
+    case FileOperation::readDefaults:
+      return {"Could not read the settings in '", "Не удалось прочитать настройки в файле '"};
+    case FileOperation::saveDefaults:
+      return {"Could not save the settings in '", "Не удалось сохранить настройки в файле '"};
+    case FileOperation::findFolder:
+      return {"Could not find the folder '", "Не удалось найти папку '"};
   }
   return {"'", "'"};
 }

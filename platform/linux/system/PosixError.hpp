@@ -9,7 +9,14 @@
 
 namespace kestrivane {
 
-enum class FileOperation { move, replace, makeTemporaryDirectory };
+enum class FileOperation {
+  move,
+  replace,
+  makeTemporaryDirectory,
+  readDefaults,
+  saveDefaults,
+  findFolder
+};
 
 /// The error of an `operation` on the item at `url`, of which only the last path component is
 /// shown. `ESTALE` stands for a file that was changed while it was being replaced.

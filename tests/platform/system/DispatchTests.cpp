@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -129,6 +130,52 @@ TEST_F(DispatchTest, RunsOneSerialQueueWhileAnotherIsBusy) {
   EXPECT_TRUE(hasRun);
 }
 
+TEST_F(DispatchTest, StartsEveryLongJobAtOnce) {
+  constexpr int count = 40;
+  std::latch allRun(count);
+  std::atomic<int> runs = 0;
+  for (int i = 0; i < count; ++i) {
+    dispatch->longWorkQueue().post([&] {
+      allRun.arrive_and_wait();
+      runs.fetch_add(1);
+    });
+  }
+  dispatch.reset();
+  EXPECT_EQ(runs, count);
+}
+
+TEST_F(DispatchTest, RunsHeavyJobsWhileLongOnesGoOn) {
+  std::latch release(1);
+  for (int i = 0; i < 20; ++i)
+    dispatch->longWorkQueue().post([&] { release.wait(); });
+  bool hasRun = false;
+  runOn(dispatch->globalQueue(userInitiated), [&] { hasRun = true; });
+  release.count_down();
+  dispatch.reset();  // the long jobs are done with the latch
+  EXPECT_TRUE(hasRun);
+}
+
+TEST_F(DispatchTest, KeepsNoThreadOfALongJobThatHasEnded) {
+  const std::size_t before = threadCount();
+  for (int i = 0; i < 100; ++i)
+    runOn(dispatch->longWorkQueue(), [] {});
+  // The kernel needs a moment to end a thread after its job has ended.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (threadCount() > before && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::yield();
+  EXPECT_EQ(threadCount(), before);
+}
+
+TEST_F(DispatchTest, RunsLongJobsThatLongJobsPostBeforeItGoes) {
+  std::atomic<int> runs = 0;
+  dispatch->longWorkQueue().post([&, &queues = *dispatch] {
+    queues.longWorkQueue().post([&] { runs.fetch_add(1); });
+    queues.globalQueue(userInitiated).post([&] { runs.fetch_add(1); });
+  });
+  dispatch.reset();
+  EXPECT_EQ(runs, 2);
+}
+
 TEST_F(DispatchTest, HasNoThreadOfItsOwnForASerialQueue) {
   const std::size_t before = threadCount();
   std::vector<std::shared_ptr<Executor>> queues;
@@ -150,6 +197,8 @@ TEST_F(DispatchTest, NamesItsThreads) {
   std::string name;
   runOn(dispatch->globalQueue(userInitiated), [&] { name = nameOfThisThread(); });
   EXPECT_EQ(name, "worker");
+  runOn(dispatch->longWorkQueue(), [&] { name = nameOfThisThread(); });
+  EXPECT_EQ(name, "long work");
   const auto queue = dispatch->makeSerialQueue("com.kestrivane.monitor", userInitiated);
   runOn(*queue, [&] { name = nameOfThisThread(); });
   EXPECT_EQ(name, "trivane.monitor");
@@ -159,7 +208,8 @@ TEST_F(DispatchTest, LeavesSignalsThatEndTheProgramToTheMainThread) {
   sigset_t mask;
   const auto readMask = [&] { pthread_sigmask(SIG_SETMASK, nullptr, &mask); };
   const auto queue = dispatch->makeSerialQueue("serial", userInitiated);
-  for (Executor* const executor : {&dispatch->globalQueue(userInitiated), queue.get()}) {
+  for (Executor* const executor :
+       {&dispatch->globalQueue(userInitiated), &dispatch->longWorkQueue(), queue.get()}) {
     runOn(*executor, readMask);
     EXPECT_EQ(sigismember(&mask, SIGINT), 1);
     EXPECT_EQ(sigismember(&mask, SIGTERM), 1);

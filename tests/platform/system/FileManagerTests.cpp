@@ -10,7 +10,9 @@
 
 #include "platform/PlatformError.hpp"
 #include "platform/linux/system/LinuxFileManager.hpp"
+#include "tests/platform/system/ChildProcess.hpp"
 #include "tests/platform/system/EnvironmentGuard.hpp"
+#include "tests/platform/system/MountNamespace.hpp"
 #include "tests/support/InMemoryFileSystem.hpp"
 #include "tests/support/TemporaryFolder.hpp"
 
@@ -180,10 +182,46 @@ TEST_P(FileManagerConformance, HasATemporaryFolderThatStays) {
   EXPECT_EQ(manager.temporaryDirectory(), folder);
 }
 
+TEST_P(FileManagerConformance, TellsThatAFolderHasRoom) {
+  subject->makeFolder("folder");
+  EXPECT_TRUE(manager.hasRoom(subject->url("folder")));
+}
+
 INSTANTIATE_TEST_SUITE_P(Linux, FileManagerConformance,
                          testing::Values([] { return std::make_unique<LinuxSubject>(); }));
 INSTANTIATE_TEST_SUITE_P(InMemory, FileManagerConformance,
                          testing::Values([] { return std::make_unique<InMemorySubject>(); }));
+
+TEST(LinuxFileManager, ResolvesLinksAndDots) {
+  const TemporaryFolder folder;
+  const FileURL plain(std::filesystem::canonical(folder.path()).native());
+  std::filesystem::create_directory(folder.url("real").path());
+  std::filesystem::create_directory_symlink("real", folder.url("link").path());
+  const LinuxFileManager manager;
+  for (const char* const name : {"real", "real/", "link", "link/", "./link/../real/."}) {
+    EXPECT_EQ(manager.resolvingSymbolicLinks(folder.url(name)),
+              plain.appendingPathComponent("real"))
+        << name;
+  }
+  EXPECT_EQ(manager.resolvingSymbolicLinks(folder.url("nowhere")), folder.url("nowhere"));
+}
+
+TEST(LinuxFileManager, TellsThatADiskIsFull) {
+  const TemporaryFolder folder;
+  const std::string report = reportOfChild([&folder] {
+    if (!enterMountNamespace() || !mountMemory(folder.path(), "size=2m"))
+      return std::string("skip");
+    const LinuxFileManager manager;
+    const FileURL url(folder.path());
+    std::string result = manager.hasRoom(url) ? "room" : "full";
+    folder.write("ballast", std::string(1'500'000, '-'));
+    result += manager.hasRoom(url) ? ", room" : ", full";
+    result += ", " + std::to_string(folder.names().size()) + " file";
+    return result;
+  });
+  if (report == "skip") GTEST_SKIP() << "no file system may be mounted here";
+  EXPECT_EQ(report, "room, full, 1 file");
+}
 
 }  // namespace
 }  // namespace kestrivane::test

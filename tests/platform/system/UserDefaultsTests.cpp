@@ -1,46 +1,117 @@
-// What all preferences do with registered values: the program's and those of the unit tests.
+// What all preferences do: those in a file, those of programs that store nothing, and those of the
+// unit tests.
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "platform/linux/system/FileUserDefaults.hpp"
 #include "platform/linux/system/VolatileUserDefaults.hpp"
+#include "tests/support/FakeBookmarks.hpp"
+#include "tests/support/FakeLog.hpp"
 #include "tests/support/FakeUserDefaults.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 namespace kestrivane::test {
 namespace {
 
-using Factory = std::function<std::unique_ptr<UserDefaults>()>;
+using Array = std::vector<Data>;
+
+class Subject {
+ public:
+  Subject() = default;
+  Subject(const Subject&) = delete;
+  Subject& operator=(const Subject&) = delete;
+  virtual ~Subject() = default;
+  virtual UserDefaults& defaults() = 0;
+};
+
+template <typename Defaults>
+class InMemorySubject final : public Subject {
+ public:
+  UserDefaults& defaults() override { return defaults_; }
+
+ private:
+  Defaults defaults_;
+};
+
+class FileSubject final : public Subject {
+ public:
+  UserDefaults& defaults() override { return defaults_; }
+
+ private:
+  TemporaryFolder folder_;
+  FakeLog log_;
+  FileUserDefaults defaults_{folder_.url("kestrivane/defaults.json"), log_};
+};
+
+using Factory = std::function<std::unique_ptr<Subject>()>;
 
 class UserDefaultsConformance : public testing::TestWithParam<Factory> {
  protected:
-  const std::unique_ptr<UserDefaults> defaults = GetParam()();
+  const std::unique_ptr<Subject> subject = GetParam()();
+  UserDefaults& defaults = subject->defaults();
 };
 
-TEST_P(UserDefaultsConformance, AreFalseForAKeyWithoutAValue) {
-  EXPECT_FALSE(defaults->boolForKey("showSuccessNotifications"));
-  EXPECT_FALSE(defaults->boolForKey(""));
+TEST_P(UserDefaultsConformance, HaveNoValueForAKeyThatWasNeverSet) {
+  EXPECT_FALSE(defaults.boolForKey("showSuccessNotifications"));
+  EXPECT_FALSE(defaults.boolForKey(""));
+  EXPECT_EQ(defaults.dataArrayForKey("bookmarks"), std::nullopt);
 }
 
 TEST_P(UserDefaultsConformance, HaveTheRegisteredValue) {
-  defaults->registerDefault("on", true);
-  defaults->registerDefault("off", false);
-  EXPECT_TRUE(defaults->boolForKey("on"));
-  EXPECT_FALSE(defaults->boolForKey("off"));
-  EXPECT_FALSE(defaults->boolForKey("o"));
+  defaults.registerDefault("on", true);
+  defaults.registerDefault("off", false);
+  EXPECT_TRUE(defaults.boolForKey("on"));
+  EXPECT_FALSE(defaults.boolForKey("off"));
+  EXPECT_FALSE(defaults.boolForKey("o"));
 }
 
 TEST_P(UserDefaultsConformance, HaveTheValueThatWasRegisteredLast) {
-  defaults->registerDefault("key", true);
-  defaults->registerDefault("key", false);
-  EXPECT_FALSE(defaults->boolForKey("key"));
+  defaults.registerDefault("key", true);
+  defaults.registerDefault("key", false);
+  EXPECT_FALSE(defaults.boolForKey("key"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Volatile, UserDefaultsConformance,
-                         testing::Values([] { return std::make_unique<VolatileUserDefaults>(); }));
-INSTANTIATE_TEST_SUITE_P(Fake, UserDefaultsConformance,
-                         testing::Values([] { return std::make_unique<FakeUserDefaults>(); }));
+TEST_P(UserDefaultsConformance, PreferAValueThatWasSetToARegisteredOne) {
+  defaults.setBool("key", false);
+  defaults.registerDefault("key", true);
+  EXPECT_FALSE(defaults.boolForKey("key"));
+  defaults.setBool("key", true);
+  EXPECT_TRUE(defaults.boolForKey("key"));
+}
+
+TEST_P(UserDefaultsConformance, GiveBackArraysOfAnyData) {
+  Data allBytes;
+  for (int byte = 0; byte < 256; ++byte)
+    allBytes.push_back(static_cast<std::byte>(byte));
+  const Array array{dataOf("second"), dataOf(""), allBytes, dataOf("a"), dataOf("ab")};
+  defaults.setDataArray("bookmarks", array);
+  EXPECT_EQ(defaults.dataArrayForKey("bookmarks"), array);
+  defaults.setDataArray("bookmarks", {});
+  EXPECT_EQ(defaults.dataArrayForKey("bookmarks"), Array{});
+}
+
+TEST_P(UserDefaultsConformance, TakeAValueOfAnotherKindForNone) {
+  defaults.registerDefault("key", true);
+  defaults.setDataArray("key", {dataOf("data")});
+  EXPECT_FALSE(defaults.boolForKey("key"));
+  defaults.setBool("key", true);
+  EXPECT_EQ(defaults.dataArrayForKey("key"), std::nullopt);
+  EXPECT_TRUE(defaults.boolForKey("key"));
+}
+
+INSTANTIATE_TEST_SUITE_P(File, UserDefaultsConformance,
+                         testing::Values([] { return std::make_unique<FileSubject>(); }));
+INSTANTIATE_TEST_SUITE_P(Volatile, UserDefaultsConformance, testing::Values([] {
+                           return std::make_unique<InMemorySubject<VolatileUserDefaults>>();
+                         }));
+INSTANTIATE_TEST_SUITE_P(Fake, UserDefaultsConformance, testing::Values([] {
+                           return std::make_unique<InMemorySubject<FakeUserDefaults>>();
+                         }));
 
 }  // namespace
 }  // namespace kestrivane::test

@@ -47,8 +47,11 @@ add_library(kestrivane_core STATIC
   platform/Unicode.hpp
   platform/OpenPanel.hpp
   platform/UserDefaults.hpp
-  platform/SecurityScopedBookmarks.hpp
-  platform/Process.hpp
+  state/AppViewModel.cpp
+  state/AppViewModel.hpp
+  state/BookmarkManager.cpp
+  state/BookmarkManager.hpp
   state/L10n.cpp
-  state/L10n.hpp)
+  state/L10n.hpp
+  state/Published.hpp)
 target_link_libraries(kestrivane_core PUBLIC kestrivane_options)

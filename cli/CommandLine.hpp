@@ -9,11 +9,12 @@
 namespace kestrivane {
 
 struct CommandLine {
-  enum class Action { watch, showHelp, showVersion, refuse };
+  enum class Action { watch, watchSaved, add, remove, list, showHelp, showVersion, refuse };
 
-  Action action = Action::watch;
-  std::vector<std::string> folders;  ///< as they were typed; not empty when the action is `watch`
-  std::string complaint;             ///< why the command line is refused
+  Action action = Action::watchSaved;
+  /// As they were typed; not empty when the action is `watch`, `add` or `remove`.
+  std::vector<std::string> folders;
+  std::string complaint;  ///< why the command line is refused
 
   /// `arguments` are those after the program's name.
   static CommandLine parse(std::span<const std::string_view> arguments);

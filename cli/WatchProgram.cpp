@@ -1,38 +1,43 @@
 #include "cli/WatchProgram.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 #include <unistd.h>
 
-#include "async/TaskGroup.hpp"
 #include "async/TaskScope.hpp"
 #include "cli/CommandLine.hpp"
+#include "cli/Converters.hpp"
+#include "cli/FileObserver.hpp"
 #include "cli/LineWriter.hpp"
 #include "cli/PrintingNotificationCenter.hpp"
+#include "cli/SavedFolders.hpp"
 #include "cli/StopSignals.hpp"
-#include "converters/ImageConverter.hpp"
-#include "engine/ConversionEngine.hpp"
-#include "monitor/FolderMonitor.hpp"
+#include "platform/PlatformError.hpp"
 #include "platform/linux/events/InotifyFileEventService.hpp"
-#include "platform/linux/images/LinuxImageIO.hpp"
+#include "platform/linux/system/FileLock.hpp"
+#include "platform/linux/system/FileUserDefaults.hpp"
 #include "platform/linux/system/FreedesktopNotificationCenter.hpp"
+#include "platform/linux/system/InheritedState.hpp"
 #include "platform/linux/system/LinuxDispatch.hpp"
 #include "platform/linux/system/LinuxFileManager.hpp"
 #include "platform/linux/system/LinuxLog.hpp"
+#include "platform/linux/system/LinuxSecurityScopedBookmarks.hpp"
 #include "platform/linux/system/RunLoop.hpp"
+#include "platform/linux/system/SavedFoldersLock.hpp"
 #include "platform/linux/system/VolatileUserDefaults.hpp"
+#include "state/AppViewModel.hpp"
 #include "state/L10n.hpp"
 
 namespace kestrivane {
 namespace {
-
-/// How many files of one folder are converted at once.
-constexpr long maxConcurrentConversions = 2;
 
 std::string problemWith(const std::string& folder) {
   std::error_code error;
@@ -50,39 +55,56 @@ std::string problemWith(const std::string& folder) {
   return {};
 }
 
-/// The program while it runs. Its members go in the reverse of their order: first the tasks, then
-/// what they use, the main loop last.
+/// Nobody sits at this program: nothing is chosen.
+class AbsentOpenPanel final : public OpenPanel {
+ public:
+  OpenPanelResult runModal(const OpenPanelConfiguration&) override { return {}; }
+};
+
+/// The program while it runs. Its members go in the reverse of their order: first the view model
+/// and the tasks, then what they use, the main loop last.
 class WatchProgram {
  public:
-  explicit WatchProgram(std::span<const std::string> folders) {
-    userDefaults_.registerDefault("showSuccessNotifications", true);
-    for (const std::string& folder : folders) {
-      const FileURL url(absoluteFolderPath(folder));
-      const bool isNew = std::ranges::none_of(
-          monitors_, [&url](const auto& monitor) { return monitor->folderURL() == url; });
-      if (isNew) addFolder(url);
-    }
+  /// `makeUserDefaults` decides what is saved.
+  explicit WatchProgram(
+      const std::function<std::unique_ptr<UserDefaults>(UnifiedLog& log)>& makeUserDefaults)
+      : userDefaults_(makeUserDefaults(*log_)) {
+    tasks_.onEmpty = [this] { endUnlessIdle(); };
+  }
+
+  void add(std::vector<FileURL> folders) {
+    loop_.post([this, folders = std::move(folders)] { viewModel_->addFolders(folders); });
+  }
+
+  /// Watches from now on what stands in the saved list, whoever changes it.
+  void follow(FileUserDefaults& userDefaults) {
+    unannounced_ = userDefaults.file().deletingLastPathComponent().path();
+    observer_.emplace(fileEvents_, *dispatch_, userDefaults.file(),
+                      [this, &userDefaults] { takeOverListOf(userDefaults); });
   }
 
   int run() {
     const StopSignals signals([this] { loop_.post([this] { stop(); }); });
-    running_ = scope_.spawn(runEngines(engines_, &loop_));
     loop_.run();
     return isStopping_ ? EXIT_SUCCESS : EXIT_FAILURE;
   }
 
  private:
-  void addFolder(const FileURL& url) {
-    const auto& monitor = monitors_.emplace_back(
-        FolderMonitor::create(url, {fileEvents_, fileManager_, *log_, *dispatch_}));
-    engines_.push_back(ConversionEngine::create(
-        monitor, maxConcurrentConversions,
-        {fileManager_, notificationCenter_, userDefaults_, *log_, *dispatch_}));
-    scope_.spawn(engines_.back()->registerConverter(std::make_shared<ImageConverter>(
-        imageIO_, dispatch_->globalQueue(QualityOfService::userInitiated))));
+  /// The list is left as it is: saving it is up to the program that has changed it.
+  void takeOverListOf(FileUserDefaults& userDefaults) {
+    if (isStopping_) return;
+    const auto saved = SavedFolders(userDefaults).entries();
+    if (!saved) return;
+    viewModel_->loadSavedFolders();
+    for (const FileURL& url : viewModel_->monitoredFolders().value()) {
+      const bool isSaved = std::ranges::any_of(
+          *saved, [&url](const SavedFolders::Entry& entry) { return entry.path == url.path(); });
+      if (!isSaved) viewModel_->stopMonitoring(url);
+    }
   }
 
   void report(const std::string& path, WatchCoverage coverage) {
+    if (path == unannounced_) return;
     if (coverage == WatchCoverage::complete) {
       output_.writeLine("watching " + path);
     } else {
@@ -94,36 +116,41 @@ class WatchProgram {
 
   void stop() {
     isStopping_ = true;
-    for (const auto& engine : engines_)
-      engine->stop();
+    viewModel_->stopAllMonitoring();
+    if (tasks_.empty()) loop_.stop();
   }
 
-  static Task<void> runEngines(std::vector<std::shared_ptr<ConversionEngine>> engines,
-                               RunLoop* loop) {
-    TaskGroup running(co_await currentContext());
-    for (const auto& engine : engines)
-      running.add(engine->start());
-    co_await running.join();
-    loop->stop();
+  /// Once no engine is running: either the program ends, or the folders were all removed, or none
+  /// of those that ought to be watched can be.
+  void endUnlessIdle() {
+    const auto& folders = viewModel_->monitoredFolders().value();
+    const bool isIdle = std::ranges::none_of(
+        folders, [this](const FileURL& url) { return viewModel_->isMonitored(url); });
+    if (isStopping_ || !isIdle) loop_.stop();
   }
 
   RunLoop loop_;
   LineWriter output_{STDOUT_FILENO};
   LineWriter complaints_{STDERR_FILENO};
   std::unique_ptr<LinuxLog> log_ = LinuxLog::create();
+  std::unique_ptr<UserDefaults> userDefaults_;
   LinuxFileManager fileManager_;
-  LinuxImageIO imageIO_;
-  VolatileUserDefaults userDefaults_;
+  LinuxSecurityScopedBookmarks bookmarks_;
+  AbsentOpenPanel openPanel_;
   std::unique_ptr<FreedesktopNotificationCenter> desktop_ =
       FreedesktopNotificationCenter::create(*log_);
   PrintingNotificationCenter notificationCenter_{output_, *desktop_};
   std::unique_ptr<LinuxDispatch> dispatch_ = LinuxDispatch::create(loop_);
+  Converters converters_{fileManager_, *log_, *dispatch_};
+  std::string unannounced_;  ///< a folder that is watched for the program's own sake
   InotifyFileEventService fileEvents_{
       *log_, [this](const std::string& path, WatchCoverage coverage) { report(path, coverage); }};
-  std::vector<std::shared_ptr<FolderMonitor>> monitors_;
-  std::vector<std::shared_ptr<ConversionEngine>> engines_;
-  TaskScope scope_{loop_};
-  TaskHandle running_;
+  std::optional<FileObserver> observer_;
+  TaskScope tasks_{loop_};
+  std::shared_ptr<AppViewModel> viewModel_ =
+      AppViewModel::create({fileManager_, fileEvents_, notificationCenter_, *userDefaults_,
+                            bookmarks_, openPanel_, *log_, *dispatch_, tasks_},
+                           [this] { return converters_.make(); });
   bool isStopping_ = false;
 };
 
@@ -140,8 +167,34 @@ std::vector<FolderProblem> findFolderProblems(std::span<const std::string> folde
 }
 
 int watchFolders(std::span<const std::string> folders) {
+  replaceInheritedState();
   StopSignals::block();
-  return WatchProgram(folders).run();
+  WatchProgram program([](UnifiedLog&) { return std::make_unique<VolatileUserDefaults>(); });
+  std::vector<FileURL> urls;
+  std::ranges::transform(folders, std::back_inserter(urls), [](const std::string& folder) {
+    return FileURL(absoluteFolderPath(folder));
+  });
+  program.add(std::move(urls));
+  return program.run();
+}
+
+int watchSavedFolders() {
+  replaceInheritedState();
+  StopSignals::block();
+  const std::optional<FileLock> lock = tryLockSavedFolders();
+  if (!lock) {
+    throw PlatformError(EWOULDBLOCK,
+                        L10n::choose("Kestrivane is running already and watches the saved folders.",
+                                     "Kestrivane уже запущен и следит за сохранёнными папками."));
+  }
+  FileUserDefaults* userDefaults = nullptr;
+  WatchProgram program([&userDefaults](UnifiedLog& log) {
+    auto made = std::make_unique<FileUserDefaults>(userDefaultsFile(), log);
+    userDefaults = made.get();
+    return made;
+  });
+  program.follow(*userDefaults);
+  return program.run();
 }
 
 }  // namespace kestrivane

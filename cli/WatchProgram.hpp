@@ -17,8 +17,12 @@ struct FolderProblem {
 /// The folders that do not exist, are no folders or cannot be read.
 std::vector<FolderProblem> findFolderProblems(std::span<const std::string> folders);
 
-/// Watches the folders until SIGINT, SIGTERM or SIGHUP and lets the conversions under way finish.
-/// Returns the exit status: 0, or 1 when no folder could be watched.
+/// Watches the folders, without saving them, until SIGINT, SIGTERM or SIGHUP and lets the
+/// conversions under way finish. Returns the exit status: 0, or 1 when no folder could be watched.
 int watchFolders(std::span<const std::string> folders);
+
+/// Watches the saved folders in the same way, and follows the list when it is changed. Throws
+/// `PlatformError` if another program works on them, or if that cannot be found out.
+int watchSavedFolders();
 
 }  // namespace kestrivane

@@ -7,13 +7,25 @@
 
 #include "cli/CommandLine.hpp"
 #include "cli/LineWriter.hpp"
+#include "cli/SavedFoldersCommand.hpp"
 #include "cli/WatchProgram.hpp"
+#include "platform/PlatformError.hpp"
 #include "platform/linux/system/ProcessMemory.hpp"
 
-int main(int argc, char** argv) {
-  using namespace kestrivane;
-  constexpr int usageError = 2;
+namespace {
 
+using namespace kestrivane;
+
+constexpr int usageError = 2;
+
+int watchSaved() try { return watchSavedFolders(); } catch (const PlatformError& error) {
+  std::cerr << "kestrivane-watch: " << printable(error.localizedDescription()) << '\n';
+  return usageError;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
   returnLargeBlocksWhenFreed();
   const std::vector<std::string_view> arguments(argv + 1, argv + argc);
   const CommandLine line = CommandLine::parse(arguments);
@@ -27,6 +39,12 @@ int main(int argc, char** argv) {
     case CommandLine::Action::refuse:
       std::cerr << "kestrivane-watch: " << printable(line.complaint) << '\n' << helpText();
       return usageError;
+    case CommandLine::Action::list:
+    case CommandLine::Action::remove:
+      return runSavedFoldersCommand(line);
+    case CommandLine::Action::watchSaved:
+      return watchSaved();
+    case CommandLine::Action::add:
     case CommandLine::Action::watch:
       break;
   }
@@ -37,5 +55,6 @@ int main(int argc, char** argv) {
               << '\n';
   }
   if (!problems.empty()) return usageError;
-  return watchFolders(line.folders);
+  return line.action == CommandLine::Action::add ? runSavedFoldersCommand(line)
+                                                 : watchFolders(line.folders);
 }

@@ -21,7 +21,7 @@ class CommandLine(WatchTestCase):
     def test_help(self):
         done = self.runToEnd("--help")
         self.assertEqual((done.returncode, done.stderr), (0, ""))
-        self.assertIn("kestrivane-watch FOLDER...", done.stdout)
+        self.assertIn("kestrivane-watch [FOLDER...]", done.stdout)
 
     def test_version(self):
         done = self.runToEnd("--version")
@@ -33,8 +33,9 @@ class CommandLine(WatchTestCase):
         self.assertEqual((done.returncode, done.stdout), (2, ""))
         self.assertIn(names, done.stderr)
 
-    def test_no_folder_at_all(self):
-        self.assertRefused(names="at least one folder")
+    def test_options_that_lack_a_folder(self):
+        self.assertRefused("--add", names="at least one folder")
+        self.assertRefused("--remove", names="at least one folder")
 
     def test_an_unknown_option(self):
         self.assertRefused("--frobnicate", names="--frobnicate")

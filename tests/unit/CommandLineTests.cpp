@@ -31,13 +31,29 @@ TEST(CommandLine, KnowsHelpAndVersion) {
   EXPECT_EQ(parse({"--version"}).action, Action::showVersion);
 }
 
-TEST(CommandLine, RefusesUnknownOptionsAndAnEmptyLine) {
+TEST(CommandLine, WatchesTheSavedFoldersWhereNoneIsNamed) {
+  EXPECT_EQ(parse({}).action, Action::watchSaved);
+  EXPECT_EQ(parse({"--"}).action, Action::watchSaved);
+}
+
+TEST(CommandLine, ChangesAndShowsTheSavedFolders) {
+  EXPECT_EQ(parse({"--add", "a", "b"}).action, Action::add);
+  EXPECT_EQ(parse({"a", "--add", "b"}).folders, (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(parse({"--remove", "a"}).action, Action::remove);
+  EXPECT_EQ(parse({"--remove", "--", "--add"}).folders, std::vector<std::string>{"--add"});
+  EXPECT_EQ(parse({"--list"}).action, Action::list);
+}
+
+TEST(CommandLine, RefusesWhatCannotBeMeant) {
   EXPECT_EQ(parse({"--fast"}).action, Action::refuse);
   EXPECT_EQ(parse({"--fast"}).complaint, "There is no option --fast.");
-  EXPECT_EQ(parse({}).action, Action::refuse);
-  EXPECT_EQ(parse({}).complaint, "Name at least one folder to watch.");
+  EXPECT_EQ(parse({"--add"}).complaint, "Name at least one folder.");
+  EXPECT_EQ(parse({"--remove", "--"}).action, Action::refuse);
+  EXPECT_EQ(parse({"--list", "a"}).complaint, "--list takes no folder.");
+  EXPECT_EQ(parse({"--add", "a", "--remove", "b"}).complaint,
+            "Take one of --add, --remove and --list at a time.");
   const LanguageGuard russian("ru");
-  EXPECT_EQ(parse({}).complaint, "Укажите хотя бы одну папку для наблюдения.");
+  EXPECT_EQ(parse({"--add"}).complaint, "Укажите хотя бы одну папку.");
 }
 
 TEST(AbsoluteFolderPath, LosesDotsAndSlashesAtTheEnd) {

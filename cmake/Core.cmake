@@ -27,25 +27,27 @@ add_library(kestrivane_core STATIC
   monitor/FolderEvent.hpp
   monitor/FolderMonitor.cpp
   monitor/FolderMonitor.hpp
-  platform/Dispatch.hpp
-  platform/FileEventStream.hpp
-  platform/FileManager.hpp
-  platform/FileURL.cpp
   monitor/WatchedFolders.cpp
   monitor/WatchedFolders.hpp
   platform/AssetExportSession.hpp
   platform/Bundle.hpp
   platform/Data.hpp
+  platform/Dispatch.hpp
+  platform/FileEventStream.hpp
+  platform/FileManager.hpp
+  platform/FileURL.cpp
   platform/FileURL.hpp
   platform/ImageIO.hpp
   platform/Locale.hpp
   platform/Logger.hpp
   platform/NotificationCenter.hpp
+  platform/OpenPanel.hpp
   platform/PlatformError.hpp
+  platform/SecurityScopedBookmarks.hpp
+  platform/Process.hpp
   platform/UUID.cpp
   platform/UUID.hpp
   platform/Unicode.hpp
-  platform/OpenPanel.hpp
   platform/UserDefaults.hpp
   state/AppViewModel.cpp
   state/AppViewModel.hpp

@@ -82,13 +82,14 @@ requireByHand() {
     "${missing[@]}"
 }
 
-# Builds TARGET... of PRESET, configuring first where that was never done.
+# Builds TARGET... of PRESET, configuring first where that was not done since the presets changed.
 buildPreset() {
   local preset=$1
   local folder=$projectRoot/build/$preset
   shift
-  if [[ ! -e $folder/build.ninja ]]; then
+  if [[ ! -e $folder/build.ninja || $projectRoot/CMakePresets.json -nt $folder/CMakeCache.txt ]]; then
     (cd "$projectRoot" && cmake --preset "$preset") || die "Configuring '$preset' failed."
+    touch "$folder/CMakeCache.txt" "$folder/build.ninja"
   fi
   "${launcher[@]}" cmake --build "$folder" --target "$@" || die "Building '$preset' failed."
 }

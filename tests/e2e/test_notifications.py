@@ -1,75 +1,19 @@
 """The desktop's notification service, present, absent, slow and dying, on a bus of the test's own."""
 
-import json
-import pathlib
 import signal
-import subprocess
-import threading
 
 from harness import WatchTestCase, success
 from pictures import smallPicture
+from session_bus import Service, SessionBus
 from waiting import PATIENCE, waitUntil
-
-HERE = pathlib.Path(__file__).resolve().parent
-
-BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:dir={folder}</listen>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-"""
-
-
-class Service:
-    """A running notification_service.py and what it has been told."""
-
-    def __init__(self, environment, seconds, capabilities):
-        self.notifications = []
-        self.process = subprocess.Popen(
-            [
-                "/usr/bin/python3",
-                "-B",
-                HERE / "notification_service.py",
-                str(seconds),
-                *capabilities,
-            ],
-            env=environment,
-            stdout=subprocess.PIPE,
-            text=True,
-        )
-        if self.process.stdout.readline() != "ready\n":
-            raise AssertionError("the notification service does not start")
-        threading.Thread(target=self.read_, daemon=True).start()
-
-    def kill(self):
-        self.process.kill()
-        self.process.wait(PATIENCE)
-
-    def read_(self):
-        for line in self.process.stdout:
-            self.notifications.append(json.loads(line))
 
 
 class Notifications(WatchTestCase):
     def setUp(self):
         super().setUp()
-        configuration = self.base / "bus.conf"
-        configuration.write_text(BUS.format(folder=self.base))
-        self.bus = subprocess.Popen(
-            ["dbus-daemon", f"--config-file={configuration}", "--nofork", "--print-address"],
-            stdout=subprocess.PIPE,
-            text=True,
-        )
-        self.addCleanup(self.bus.wait, PATIENCE)
+        self.bus = SessionBus(self.base)
         self.addCleanup(self.bus.kill)
-        address = self.bus.stdout.readline().strip()
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus.address
         for number in range(1, 4):
             self.put(smallPicture(self.base), f"{number}.png")
 
@@ -121,7 +65,6 @@ class Notifications(WatchTestCase):
 
     def test_a_bus_that_is_not_there_hinders_nothing(self):
         self.bus.kill()
-        self.bus.wait(PATIENCE)
         self.start()
         for number in (1, 2, 3):
             self.convert(number)
@@ -160,7 +103,6 @@ class Notifications(WatchTestCase):
         self.start()
         self.convert(1)
         self.bus.kill()
-        self.bus.wait(PATIENCE)
         self.convert(2)
         self.convert(3)
         self.stop()

@@ -1,0 +1,194 @@
+#include "app/KestrivaneApp.hpp"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QFile>
+#include <QQmlComponent>
+#include <QQuickItem>
+#include <QStandardPaths>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "app/AppDelegate.hpp"
+#include "async/TaskScope.hpp"
+#include "cli/Converters.hpp"
+#include "cli/StopSignals.hpp"
+#include "platform/UUID.hpp"
+#include "platform/linux/desktop/DesktopOpenPanel.hpp"
+#include "platform/linux/desktop/DesktopUpdatePrompt.hpp"
+#include "platform/linux/desktop/LinuxStatusBar.hpp"
+#include "platform/linux/desktop/QuickPopover.hpp"
+#include "platform/linux/desktop/SingleInstance.hpp"
+#include "platform/linux/desktop/XConnection.hpp"
+#include "platform/linux/events/InotifyFileEventService.hpp"
+#include "platform/linux/system/ConfigurationFolder.hpp"
+#include "platform/linux/system/FileUserDefaults.hpp"
+#include "platform/linux/system/FreedesktopNotificationCenter.hpp"
+#include "platform/linux/system/LinuxBundle.hpp"
+#include "platform/linux/system/LinuxDispatch.hpp"
+#include "platform/linux/system/LinuxFileManager.hpp"
+#include "platform/linux/system/LinuxLog.hpp"
+#include "platform/linux/system/LinuxSecurityScopedBookmarks.hpp"
+#include "platform/linux/system/SavedFoldersLock.hpp"
+#include "platform/linux/updates/AppcastUpdater.hpp"
+#include "platform/qt/QtApplication.hpp"
+#include "platform/qt/QtEventLoop.hpp"
+#include "state/L10n.hpp"
+#include "views/ViewModelObject.hpp"
+#include "views/Views.hpp"
+
+namespace kestrivane {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How often the end of the conversions under way is looked for while the program quits.
+constexpr auto quittingInterval = 20ms;
+
+UpdateSource updateSource() {
+  const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+  return {.feedAddress = KESTRIVANE_FEED_ADDRESS,
+          .publicKey = KESTRIVANE_FEED_KEY,
+          .currentVersion = KESTRIVANE_VERSION,
+          .downloadFolder = FileURL(QFile::encodeName(downloads).toStdString()),
+          .lastCheckFile = configurationFolder().appendingPathComponent("last-update-check")};
+}
+
+}  // namespace
+
+/// The members go in the reverse of their order: first the interface, then the view model and its
+/// tasks, then what they use, the main loop last.
+class KestrivaneApp::Program {
+ public:
+  Program() = default;
+
+  int run(std::vector<FileURL> folders) {
+    if (!instance_.isFirst()) return instance_.handOver(folders) ? EXIT_SUCCESS : EXIT_FAILURE;
+    const std::optional<FileLock> lock = tryLockSavedFolders();
+    if (!lock) return refuse();
+    const StopSignals stopSignals([this] { loop_.post([this] { quit(); }); });
+    delegate_.applicationDidFinishLaunching();
+    if (!folders.empty()) {
+      // After the saved ones, which are restored on the loop's next turn.
+      loop_.post([this, folders = std::move(folders)] { viewModel_->addFolders(folders); });
+    }
+    return QCoreApplication::exec();
+  }
+
+ private:
+  std::unique_ptr<QQuickItem> makeContent(QQmlEngine& engine) {
+    addViews(engine);
+    viewModelObject_ = std::make_unique<ViewModelObject>(
+        viewModel_,
+        ViewModelObject::Actions{[this] { updater_.checkForUpdates(); }, [this] { quit(); }});
+    QQmlComponent component(&engine, contentViewURL());
+    std::unique_ptr<QObject> content(component.createWithInitialProperties(
+        {{"viewModel", QVariant::fromValue(viewModelObject_.get())}}));
+    if (!content) qFatal("%s", qUtf8Printable(component.errorString()));
+    return std::unique_ptr<QQuickItem>(qobject_cast<QQuickItem*>(content.release()));
+  }
+
+  void notify(std::string body) {
+    notificationCenter_->add({.identifier = makeUUIDString(),
+                              .title = "Kestrivane",
+                              .body = std::move(body),
+                              .sound = NotificationSound::none},
+                             [](const std::exception_ptr&) {});
+  }
+
+  void showWithoutTray() {
+    notify(
+        L10n::choose("There is no tray for the icon. Start Kestrivane again to open its window.",
+                     "Нет панели для значка. Запустите Kestrivane ещё раз, чтобы открыть окно."));
+    delegate_.openPopover();
+  }
+
+  /// Two programs that convert the same files would get in each other's way.
+  int refuse() {
+    const std::string reason =
+        L10n::choose("kestrivane-watch is running already and watches the saved folders.",
+                     "kestrivane-watch уже запущен и следит за сохранёнными папками.");
+    std::cerr << "kestrivane: " << reason << '\n';
+    notify(reason);
+    return EXIT_FAILURE;
+  }
+
+  /// Watches nothing any more and ends when the conversions under way have; at once when it is
+  /// asked for again.
+  void quit() {
+    if (std::exchange(isQuitting_, true)) {
+      application_.terminate();
+      return;
+    }
+    popover_.performClose();
+    viewModel_->stopAllMonitoring();
+    endWhenIdle();
+  }
+
+  void endWhenIdle() {
+    if (tasks_.empty()) {
+      application_.terminate();
+    } else {
+      loop_.postAfter(quittingInterval, [this] { endWhenIdle(); });
+    }
+  }
+
+  QtApplication application_;
+  QtEventLoop loop_;
+  QDBusConnection bus_ = QDBusConnection::sessionBus();
+  SingleInstance instance_{bus_,
+                           {.activate = [this] { delegate_.openPopover(); },
+                            .open =
+                                [this](const std::vector<FileURL>& folders) {
+                                  viewModel_->addFolders(folders);
+                                  delegate_.openPopover();
+                                },
+                            .quit = [this] { quit(); }}};
+  bool isQuitting_ = false;
+
+  std::unique_ptr<LinuxLog> log_ = LinuxLog::create();
+  LinuxFileManager fileManager_;
+  LinuxBundle bundle_ = LinuxBundle::ofThisProgram();
+  FileUserDefaults userDefaults_{userDefaultsFile(), *log_};
+  LinuxSecurityScopedBookmarks bookmarks_;
+  DesktopOpenPanel openPanel_{bus_, bundle_};
+  std::unique_ptr<FreedesktopNotificationCenter> notificationCenter_ =
+      FreedesktopNotificationCenter::create(*log_);
+  std::unique_ptr<LinuxDispatch> dispatch_ = LinuxDispatch::create(loop_);
+  DesktopUpdatePrompt updatePrompt_{bus_, *notificationCenter_};
+  AppcastUpdater updater_{updateSource(), loop_, dispatch_->longWorkQueue(), *log_, updatePrompt_};
+  Converters converters_{fileManager_, *log_, *dispatch_};
+  InotifyFileEventService fileEvents_{*log_};
+  TaskScope tasks_{loop_};
+  std::shared_ptr<AppViewModel> viewModel_ =
+      AppViewModel::create({fileManager_, fileEvents_, *notificationCenter_, userDefaults_,
+                            bookmarks_, openPanel_, *log_, *dispatch_, tasks_},
+                           [this] { return converters_.make(); });
+
+  std::unique_ptr<XConnection> x_ = XConnection::ofApplication();
+  std::unique_ptr<ViewModelObject> viewModelObject_;
+  QuickPopover popover_{x_.get(), [this](QQmlEngine& engine) { return makeContent(engine); }};
+  LinuxStatusBar statusBar_{
+      x_.get(),
+      {.menu = {{[] { return L10n::choose("Open Kestrivane", "Открыть Kestrivane"); },
+                 [this] { delegate_.openPopover(); }},
+                {[] { return L10n::choose("Quit", "Выйти"); }, [this] { quit(); }}},
+       .isClickSpent = [this] { return popover_.takeClosingClick(); },
+       .onUnseen = [this] { showWithoutTray(); }}};
+  AppDelegate delegate_{{application_, *notificationCenter_, popover_, statusBar_, updater_},
+                        viewModel_};
+};
+
+KestrivaneApp::KestrivaneApp() : program_(std::make_unique<Program>()) {}
+
+KestrivaneApp::~KestrivaneApp() = default;
+
+int KestrivaneApp::run(std::vector<FileURL> folders) {
+  return program_->run(std::move(folders));
+}
+
+}  // namespace kestrivane

@@ -1,0 +1,40 @@
+#include "platform/qt/DroppedFiles.hpp"
+
+namespace kestrivane {
+namespace {
+
+/// Addresses one a line, with comments (RFC 2483).
+constexpr auto listType = "text/uri-list";
+
+}  // namespace
+
+std::optional<FileURL> fileAtAddress(const QByteArray& address) {
+  constexpr QByteArrayView scheme = "file:";
+  if (!address.toLower().startsWith(scheme)) return std::nullopt;
+  QByteArray path = address.mid(scheme.size());
+  // After "//" stands a host, empty as a rule.
+  if (path.startsWith("//")) path = path.mid(std::max<qsizetype>(2, path.indexOf('/', 2)));
+  if (!path.startsWith('/')) return std::nullopt;
+  std::string file = QByteArray::fromPercentEncoding(path).toStdString();
+  while (file.size() > 1 && file.ends_with('/'))
+    file.pop_back();
+  return FileURL(std::move(file));
+}
+
+QByteArray addressOf(const FileURL& file) {
+  return "file://" + QByteArray::fromStdString(file.path()).toPercentEncoding("/");
+}
+
+bool offersFiles(const QMimeData& data) {
+  return data.hasFormat(listType);
+}
+
+std::optional<std::vector<FileURL>> filesIn(const QMimeData& data) {
+  if (!offersFiles(data)) return std::nullopt;
+  std::vector<FileURL> files;
+  for (const QByteArray& line : data.data(listType).split('\n'))
+    if (auto file = fileAtAddress(line.trimmed())) files.push_back(*std::move(file));
+  return files;
+}
+
+}  // namespace kestrivane

@@ -1,0 +1,245 @@
+"""A desktop of the test's own (a display, a session bus, a tray, a notification service) and the
+application on it, operated by a real pointer and keyboard.
+"""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+import harness
+from PIL import Image
+from session_bus import Service, SessionBus
+from waiting import PATIENCE, waitUntil
+
+HERE = pathlib.Path(__file__).resolve().parent
+
+POPOVER = (360, 540)
+SCREEN = (1024, 768)
+
+
+class Window:
+    """A window that the server shows, with its place on the screen in pixels."""
+
+    def __init__(self, identifier, name, width, height, x, y):
+        self.identifier, self.name = identifier, name
+        self.width, self.height, self.x, self.y = width, height, x, y
+
+    def middle(self):
+        return self.x + self.width // 2, self.y + self.height // 2
+
+    def box(self):
+        return (self.x, self.y, self.x + self.width, self.y + self.height)
+
+
+class DesktopTestCase(unittest.TestCase):
+    """Starts an empty desktop; the test starts tray and application."""
+
+    def setUp(self):
+        self.base = pathlib.Path(tempfile.mkdtemp(prefix="kestrivane-desktop-")).resolve()
+        self.addCleanup(shutil.rmtree, self.base, ignore_errors=True)
+        runtime, temporary = self.base / "runtime", self.base / "temporary"
+        for each in (runtime, temporary):
+            each.mkdir(mode=0o700)
+        self.bus = SessionBus(self.base)
+        self.addCleanup(self.bus.kill)
+        self.environment = {
+            "PATH": os.environ["PATH"],
+            "HOME": str(self.base),
+            "LANG": "C.UTF-8",
+            "TMPDIR": str(temporary),
+            "XDG_RUNTIME_DIR": str(runtime),
+            "DBUS_SESSION_BUS_ADDRESS": self.bus.address,
+            "NO_AT_BRIDGE": "1",
+        }
+        self.startDisplay()
+        self.notifications = Service(self.environment, 0, ["body"])
+        self.addCleanup(self.notifications.kill)
+        self.program = harness.program.parent / "kestrivane"
+        self.application = None
+
+    def startDisplay(self):
+        reading, writing = os.pipe()
+        server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writing), "-noreset", "-nolisten", "tcp"]
+            + ["-screen", "0", "%dx%dx24" % SCREEN],
+            pass_fds=[writing],
+            stderr=subprocess.DEVNULL,
+        )
+        self.addCleanup(self.end, server)
+        os.close(writing)
+        with os.fdopen(reading) as numbers:
+            self.environment["DISPLAY"] = ":" + numbers.readline().strip()
+
+    def end(self, process):
+        process.kill()
+        process.wait(PATIENCE)
+
+    def startProgram(self, *command, **options):
+        process = subprocess.Popen(
+            command, env=self.environment, stdin=subprocess.DEVNULL, **options
+        )
+        self.addCleanup(self.end, process)
+        return process
+
+    def startTray(self, edge="top"):
+        return self.startProgram(
+            *["trayer", "--edge", edge, "--align", "right", "--widthtype", "request"],
+            *["--height", "24", "--transparent", "false"],
+            stderr=subprocess.DEVNULL,
+        )
+
+    def start(self, *folders):
+        """Starts the application."""
+        self.application = self.startProgram(self.program, *folders)
+        return self.application
+
+    def startWithIcon(self, *folders):
+        self.startTray()
+        self.start(*folders)
+        return self.waitForIcon()
+
+    def waitForEnd(self):
+        self.assertEqual(self.application.wait(PATIENCE), 0, "exit status")
+
+    # What is to be seen
+
+    def windows(self):
+        """The application's windows that are shown."""
+        tree = self.run_("xwininfo", "-root", "-tree")
+        found = []
+        pattern = r'(0x\w+) "(.*)": \("kestrivane".*?\)\s+(\d+)x(\d+)\+-?\d+\+-?\d+\s+\+(-?\d+)\+(-?\d+)'
+        for identifier, name, *numbers in re.findall(pattern, tree):
+            window = Window(identifier, name, *map(int, numbers))
+            try:
+                if "IsViewable" in self.run_("xwininfo", "-id", identifier):
+                    found.append(window)
+            except AssertionError:
+                pass  # it has gone
+        return found
+
+    def popover(self):
+        for window in self.windows():
+            if (window.width, window.height) == POPOVER:
+                return window
+        return None
+
+    def icon(self):
+        for window in self.windows():
+            if window.height <= 48:
+                return window
+        return None
+
+    def waitForIcon(self):
+        waitUntil(self.icon, "an icon in the tray")
+        return self.icon()
+
+    def waitForPopover(self):
+        waitUntil(self.popover, "the popover")
+        return self.popover()
+
+    def waitUntilClosed(self):
+        waitUntil(lambda: self.popover() is None, "the popover to close")
+
+    def picture(self, box=None):
+        """What the screen shows, or a part of it."""
+        file = self.base / "screen.png"
+        self.run_("import", "-silent", "-window", "root", str(file))
+        with Image.open(file) as screen:
+            return screen.convert("RGB").crop(box)
+
+    def look(self, icon):
+        return self.picture(icon.box()).tobytes()
+
+    # What the user does
+
+    def run_(self, *command):
+        done = subprocess.run(
+            command, env=self.environment, capture_output=True, text=True, timeout=PATIENCE
+        )
+        if done.returncode != 0:
+            raise AssertionError(f"{command}: {done.stderr}")
+        return done.stdout
+
+    def pointer(self, *arguments):
+        self.run_("xdotool", *map(str, arguments))
+
+    def click(self, x, y, button=1):
+        self.pointer("mousemove", x, y, "click", button)
+
+    def press(self, *keys):
+        """Presses keys, which go to the window that has the keyboard."""
+        self.pointer("key", *keys)
+
+    def open(self):
+        """Opens the popover with a click on the icon, and waits until it has the keyboard."""
+        self.click(*self.waitForIcon().middle())
+        popover = self.waitForPopover()
+        waitUntil(lambda: self.focus() == int(popover.identifier, 16), "the keyboard in the popover")
+        return popover
+
+    def focus(self):
+        return int(self.run_("xdotool", "getwindowfocus", "-f").strip() or 0)
+
+    # What the application knows
+
+    def watchedDirectories(self):
+        count = 0
+        for entry in pathlib.Path(f"/proc/{self.application.pid}/fdinfo").iterdir():
+            try:
+                count += entry.read_text().count("inotify wd:")
+            except FileNotFoundError:
+                pass  # closed since the listing
+        return count
+
+    def waitUntilWatching(self, count):
+        waitUntil(lambda: self.watchedDirectories() == count, f"{count} watched directories")
+
+    def messages(self):
+        return [f"{each['title']}: {each['body']}" for each in self.notifications.notifications]
+
+    def waitForMessages(self, *messages):
+        waitUntil(lambda: len(self.messages()) >= len(messages), f"{len(messages)} notifications")
+        self.assertEqual(self.messages(), list(messages))
+        self.notifications.notifications.clear()
+
+    def makeFolder(self, name):
+        folder = self.base / name
+        folder.mkdir()
+        return folder
+
+
+class DragSource:
+    """A window of another program from whose middle files can be dragged."""
+
+    def __init__(self, test, *files):
+        self.test_ = test
+        self.process = test.startProgram(
+            *["/usr/bin/python3", "-B", HERE / "drag_source.py", *files],
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        self.expect("ready")
+
+    def drag(self, x, y):
+        """Presses in the source and moves to the place, without releasing."""
+        test = self.test_
+        test.pointer("mousemove", 100, 600, "mousedown", 1)
+        # Enough to be taken for a drag; the source says when it has begun.
+        test.pointer("mousemove", 120, 610)
+        test.pointer("mousemove", 140, 590)
+        self.expect("dragging")
+        test.pointer("mousemove", x - 1, y)
+        test.pointer("mousemove", x, y)
+
+    def drop(self, outcome):
+        """Releases, and expects this outcome."""
+        self.test_.pointer("mouseup", 1)
+        self.expect(outcome)
+
+    def expect(self, word):
+        """Waits until the source says the word; drag_source.py tells which there are."""
+        self.test_.assertEqual(self.process.stdout.readline(), f"{word}\n")

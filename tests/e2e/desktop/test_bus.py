@@ -1,0 +1,103 @@
+"""What the application does with services of the desktop on the session bus."""
+
+import subprocess
+
+import dbus.bus
+from desktop import HERE, DesktopTestCase
+from waiting import waitUntil
+
+
+class Bus(DesktopTestCase):
+    def startService(self, *arguments):
+        service = self.startProgram(
+            *["/usr/bin/python3", "-B", HERE / "bus_services.py", *arguments],
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        self.assertEqual(service.stdout.readline(), "ready\n")
+        return service
+
+    def test_without_an_icon_tray_a_panel_gets_an_item_with_a_menu(self):
+        panel = self.startService("watcher")
+        self.start()
+        name = panel.stdout.readline().strip()
+        bus = dbus.bus.BusConnection(self.bus.address)
+        self.addCleanup(bus.close)
+        item = bus.get_object(name, "/StatusNotifierItem")
+        properties = item.GetAll("org.kde.StatusNotifierItem", dbus_interface=dbus.PROPERTIES_IFACE)
+        self.assertEqual(properties["Status"], "Active")
+        self.assertEqual(properties["Title"], "Kestrivane")
+        width, height, pixels = properties["IconPixmap"][0]
+        self.assertEqual(len(pixels), width * height * 4)
+        self.assertGreater(len(set(pixels[::4])), 2, "opaque and transparent pixels")
+
+        item.Activate(0, 0, dbus_interface="org.kde.StatusNotifierItem")
+        self.waitForPopover()
+        item.Activate(0, 0, dbus_interface="org.kde.StatusNotifierItem")
+        self.waitUntilClosed()
+
+        menu = bus.get_object(name, properties["Menu"])
+        layout = menu.GetLayout(0, -1, [], dbus_interface="com.canonical.dbusmenu")[1]
+        entries = {str(entry[1]["label"]): entry[0] for entry in layout[2]}
+        self.assertEqual(list(entries), ["Open Kestrivane", "Quit"])
+        choose = lambda label: menu.Event(  # noqa: E731
+            entries[label], "clicked", "", dbus.UInt32(0), dbus_interface="com.canonical.dbusmenu"
+        )
+        choose("Open Kestrivane")
+        self.waitForPopover()
+
+        # A tray with icons is preferred, as only windows take drops.
+        tray = self.startTray()
+        self.waitForIcon()
+        waitUntil(lambda: not bus.name_has_owner(name), "the item to go")
+        self.end(tray)
+        self.assertEqual(panel.stdout.readline().strip(), name, "the item comes back")
+        waitUntil(lambda: bus.name_has_owner(name), "the item")
+        choose("Quit")
+        self.waitForEnd()
+
+    def test_a_build_without_a_feed_says_where_updates_come_from(self):
+        self.startWithIcon()
+        popover = self.open()
+        self.click(popover.x + 287, popover.y + 484)
+        self.waitForMessages("Kestrivane: Updates come from your system's package manager.")
+
+    def test_folders_are_chosen_in_the_portals_dialogue(self):
+        first, second = self.makeFolder("first folder"), self.makeFolder("второй")
+        portal = self.startService("portal", first, second)
+        self.startWithIcon()
+        self.open()
+        self.press("Tab", "Tab", "space")
+        self.assertEqual(portal.stdout.readline(), "Add folders 1 1\n")
+        self.waitUntilWatching(2)
+
+    def test_a_cancelled_dialogue_changes_nothing(self):
+        portal = self.startService("portal")
+        self.environment["LC_ALL"] = "ru_RU.UTF-8"
+        self.startWithIcon()
+        self.open()
+        self.press("Tab", "Tab", "space")
+        self.assertEqual(portal.stdout.readline(), "Добавить папки 1 1\n")
+        self.press("space")  # again: the first one is over
+        self.assertEqual(portal.stdout.readline(), "Добавить папки 1 1\n")
+        self.assertEqual(self.watchedDirectories(), 0)
+        self.assertFalse((self.base / ".config" / "kestrivane" / "defaults.json").exists())
+
+    def test_without_a_portal_a_dialogue_of_our_own_chooses(self):
+        self.makeFolder("chosen")
+        self.startWithIcon()
+        self.open()
+        self.press("Tab", "Tab", "space")
+        search = ["xdotool", "search", "--onlyvisible", "--class", "kestrivane-choose-folders"]
+
+        def dialogue():
+            found = subprocess.run(
+                search, env=self.environment, capture_output=True, text=True
+            ).stdout.split()
+            return found[0] if found else None
+
+        waitUntil(dialogue, "the dialogue")
+        self.pointer("windowfocus", "--sync", dialogue())
+        self.pointer("type", "--delay", 1, str(self.base / "chosen"))
+        self.press("Return")
+        self.waitUntilWatching(1)

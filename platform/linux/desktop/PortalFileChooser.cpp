@@ -22,7 +22,7 @@ constexpr auto path = "/org/freedesktop/portal/desktop";
 constexpr auto chooser = "org.freedesktop.portal.FileChooser";
 constexpr auto request = "org.freedesktop.portal.Request";
 
-/// Where the portal says the outcome, by its specification: known before it is asked, so that no
+/// Where the portal says the outcome, by its documentation: known before it is asked, so that no
 /// answer is missed.
 QString requestPath(const QDBusConnection& bus, const QString& token) {
   const QString sender = bus.baseService().mid(1).replace('.', '_');

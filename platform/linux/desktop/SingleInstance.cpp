@@ -14,7 +14,7 @@ namespace kestrivane {
 namespace {
 
 constexpr auto service = "com.kestrivane.Kestrivane";
-constexpr auto path = "/com/kestrivane/Kestrivane";  // the name with slashes, by the specification
+constexpr auto path = "/com/kestrivane/Kestrivane";  // the name with slashes, as the standard says
 constexpr auto interface = "org.freedesktop.Application";
 
 }  // namespace

@@ -1,5 +1,5 @@
 // One application for each session: the first to start owns a name on the session bus and offers
-// the interface org.freedesktop.Application (Desktop Entry Specification) there; later ones hand
+// the interface org.freedesktop.Application (the Desktop Entry standard) there; later ones hand
 // over to it what they were started for, and end.
 //
 // Thread-safety: for the main thread. Ownership: owns the name while it lives. Without a session

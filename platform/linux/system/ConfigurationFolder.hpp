@@ -1,4 +1,4 @@
-// Where the program keeps what the user has set (XDG Base Directory Specification).
+// Where the program keeps what the user has set (the XDG base directories).
 // Thread-safety: may be called while nobody changes the environment.
 #pragma once
 

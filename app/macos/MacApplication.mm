@@ -1,0 +1,21 @@
+#ifndef __APPLE__
+#error "This adapter is for macOS."
+#endif
+
+#include "app/macos/MacApplication.hpp"
+
+#import <AppKit/AppKit.h>
+
+namespace kestrivane {
+
+void MacApplication::setActivationPolicy(ActivationPolicy policy) {
+  [NSApplication.sharedApplication setActivationPolicy:policy == ActivationPolicy::accessory
+                                                           ? NSApplicationActivationPolicyAccessory
+                                                           : NSApplicationActivationPolicyRegular];
+}
+
+void MacApplication::terminate() {
+  [NSApplication.sharedApplication terminate:nil];
+}
+
+}  // namespace kestrivane

@@ -1,0 +1,204 @@
+// The executors of macOS, over a libdispatch made of threads.
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <latch>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/macos/MacDispatch.hpp"
+#include "platform/macos/MacMainLoop.hpp"
+#include "tests/macos/dispatch/ThreadedDispatch.hpp"
+#include "tests/platform/system/EventLoopConformance.hpp"
+
+namespace kestrivane::test {
+namespace {
+
+constexpr auto userInitiated = QualityOfService::userInitiated;
+
+class MacMainLoopSubject final : public Subject {
+ public:
+  MacMainLoopSubject() = default;
+  ~MacMainLoopSubject() override {
+    loop_.reset();
+    EXPECT_EQ(endDispatch(), 0);
+  }
+  EventLoop& loop() override { return *loop_; }
+  void run() override { runMainQueue(); }
+  void stop() override { stopMainQueue(); }
+
+ private:
+  std::unique_ptr<MacMainLoop> loop_ = std::make_unique<MacMainLoop>();
+};
+
+INSTANTIATE_TEST_SUITE_P(MacMainLoop, EventLoopConformance,
+                         testing::Values([] { return std::make_unique<MacMainLoopSubject>(); }));
+
+class MacDispatchTest : public testing::Test {
+ protected:
+  ~MacDispatchTest() override {
+    dispatch.reset();
+    loop.reset();
+    EXPECT_EQ(endDispatch(), 0) << "queues or groups that were not released";
+  }
+
+  /// Runs the job on the queue and waits for it.
+  static void runOn(Executor& queue, const std::function<void()>& job) {
+    std::latch done(1);
+    queue.post([&] {
+      job();
+      done.count_down();
+    });
+    done.wait();
+  }
+
+  std::unique_ptr<MacMainLoop> loop = std::make_unique<MacMainLoop>();
+  std::unique_ptr<MacDispatch> dispatch = std::make_unique<MacDispatch>(*loop);
+};
+
+TEST_F(MacDispatchTest, TakesJobsFromAllThreadsAndRunsThemOnTheMainOne) {
+  const std::thread::id own = std::this_thread::get_id();
+  std::vector<int> counts(4, 0);
+  int left = 4 * 200;
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < counts.size(); ++i) {
+    threads.emplace_back([&, i] {
+      for (int n = 0; n < 200; ++n) {
+        dispatch->mainLoop().post([&, i, n] {
+          EXPECT_EQ(std::this_thread::get_id(), own);
+          EXPECT_EQ(counts[i]++, n);  // in the order of the thread that posted
+          if (--left == 0) stopMainQueue();
+        });
+      }
+    });
+  }
+  runMainQueue();
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_EQ(left, 0);
+}
+
+TEST_F(MacDispatchTest, TakesTheLongestDelayThereIs) {
+  loop->postAfter(std::chrono::nanoseconds::max(), [] { FAIL() << "centuries have passed"; });
+  bool hasRun = false;
+  loop->postAfter(std::chrono::nanoseconds::min(), [&] {
+    hasRun = true;
+    stopMainQueue();
+  });
+  runMainQueue();
+  EXPECT_TRUE(hasRun);
+}
+
+TEST_F(MacDispatchTest, ReleasesACancelledTimersCapturesWhichMayUseTheLoop) {
+  bool hasRun = false;
+  auto captured =
+      std::shared_ptr<void>(nullptr, [&](void*) { loop->post([&] { hasRun = true; }); });
+  const EventLoop::TimerId timer = loop->postAfter(1ms, [captured] {});
+  captured.reset();
+  loop->cancelTimer(timer);
+  loop->postAfter(1ms, [] { stopMainQueue(); });
+  runMainQueue();
+  EXPECT_TRUE(hasRun);
+}
+
+TEST_F(MacDispatchTest, HandsOutTheMainLoopItWasGiven) {
+  EXPECT_EQ(&dispatch->mainLoop(), loop.get());
+}
+
+TEST_F(MacDispatchTest, RunsTwoHeavyJobsAtOnce) {
+  std::latch bothRun(2);
+  std::atomic<int> runs = 0;
+  for (int i = 0; i < 2; ++i) {
+    dispatch->globalQueue(userInitiated).post([&] {
+      bothRun.arrive_and_wait();
+      runs.fetch_add(1);
+    });
+  }
+  dispatch.reset();
+  EXPECT_EQ(runs, 2);
+}
+
+TEST_F(MacDispatchTest, RunsTheJobsOfASerialQueueOneAtATimeAndInOrder) {
+  const auto queue = dispatch->makeSerialQueue("serial", userInitiated);
+  std::vector<int> order;
+  std::atomic<int> running = 0;
+  for (int i = 0; i < 1000; ++i) {
+    queue->post([&, i] {
+      EXPECT_EQ(running.fetch_add(1), 0);
+      order.push_back(i);
+      running.fetch_sub(1);
+    });
+  }
+  runOn(*queue, [] {});
+  ASSERT_EQ(order.size(), 1000U);
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST_F(MacDispatchTest, StartsEveryLongJobAtOnce) {
+  constexpr int count = 40;
+  std::latch allRun(count);
+  std::atomic<int> runs = 0;
+  for (int i = 0; i < count; ++i) {
+    dispatch->longWorkQueue().post([&] {
+      allRun.arrive_and_wait();
+      runs.fetch_add(1);
+    });
+  }
+  dispatch.reset();
+  EXPECT_EQ(runs, count);
+}
+
+TEST_F(MacDispatchTest, RunsWhatIsQueuedBeforeItGoesAndWhatThatPosts) {
+  std::atomic<int> runs = 0;
+  const auto queue = dispatch->makeSerialQueue("serial", userInitiated);
+  for (int i = 0; i < 100; ++i) {
+    dispatch->longWorkQueue().post([&] {
+      runs.fetch_add(1);
+      queue->post([&] { runs.fetch_add(1); });
+    });
+  }
+  dispatch.reset();
+  EXPECT_EQ(runs, 200);
+}
+
+TEST_F(MacDispatchTest, DropsWhatIsPostedToAQueueAfterItHasGone) {
+  const auto token = std::make_shared<int>(1);
+  const auto queue = dispatch->makeSerialQueue("serial", userInitiated);
+  dispatch.reset();
+  queue->post([token] { FAIL() << "nobody waits for it"; });
+  EXPECT_EQ(token.use_count(), 1);
+}
+
+TEST_F(MacDispatchTest, DropsTheJobsOfAQueueThatHasGone) {
+  const auto token = std::make_shared<int>(1);
+  auto queue = dispatch->makeSerialQueue("serial", userInitiated);
+  std::latch isBusy(1);
+  std::latch release(1);
+  queue->post([&] {
+    isBusy.count_down();
+    release.wait();
+  });
+  queue->post([token] { FAIL() << "its queue has gone"; });
+  isBusy.wait();
+  queue.reset();
+  release.count_down();
+  dispatch.reset();
+  EXPECT_EQ(token.use_count(), 1);
+}
+
+TEST_F(MacDispatchTest, ReleasesAQueueThatIsHeldByItsOwnJobOnly) {
+  const auto token = std::make_shared<int>(1);
+  auto queue = dispatch->makeSerialQueue("serial", userInitiated);
+  queue->post([token, queue] {});
+  queue.reset();
+  dispatch.reset();
+  EXPECT_EQ(token.use_count(), 1);
+}
+
+}  // namespace
+}  // namespace kestrivane::test

@@ -1,7 +1,3 @@
-#ifndef __APPLE__
-#error "This adapter is for macOS."
-#endif
-
 #import "app/macos/MacStatusBarButton.hpp"
 
 #include <functional>

@@ -1,7 +1,3 @@
-#ifndef __APPLE__
-#error "This view is for macOS."
-#endif
-
 #import "app/macos/MenubarDragView.hpp"
 
 #include <cstdio>

@@ -1,7 +1,3 @@
-#ifndef __APPLE__
-#error "This adapter is for macOS."
-#endif
-
 #include "app/macos/SparkleUpdater.hpp"
 
 #import <Sparkle/Sparkle.h>

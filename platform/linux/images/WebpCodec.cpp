@@ -98,7 +98,7 @@ void copyBand(const WebPPicture& band, int top, WebPPicture& target) {
 /// it is handed bands, as pictures of their own, lest a whole second frame be needed where rows
 /// have to be converted.
 void importPixels(const PixelRows& picture, WebPPicture& target) {
-  constexpr std::size_t bandRows = 64;  // even, since two rows share their colours
+  constexpr std::size_t bandRows = 16;  // even, since two rows share their colours
   const bool hasAlpha = picture.layout().hasAlpha();
   target.colorspace = hasAlpha ? WEBP_YUV420A : WEBP_YUV420;
   if (WebPPictureAlloc(&target) == 0) throw std::bad_alloc();

@@ -4,6 +4,7 @@
 
 #include "platform/linux/images/ExifOrientation.hpp"
 #include "platform/linux/images/HeicCodec.hpp"
+#include "platform/linux/images/HeifFile.hpp"
 #include "platform/linux/images/HeifHandles.hpp"
 #include "platform/linux/images/JpegCodec.hpp"
 #include "platform/linux/images/MadeProfile.hpp"
@@ -103,6 +104,50 @@ TEST(HeicCodec, writesPhotosAsOtherProgramsReadThem) {
   const PixelBuffer picture = decode(pngCodec, readFile(sample("photo.png")));
   writeFile(folder / "photo.heic", encode(heicCodec, picture));
   EXPECT_LT(meanDifference(picture, shownByHeifConvert(folder / "photo.heic")), 4);
+}
+
+// Pictures of more than a tile, of which the last ones stand out at the right and at the bottom.
+TEST(HeicCodec, writesLargePicturesInTiles) {
+  for (const Channels channels :
+       {Channels::grey, Channels::greyAlpha, Channels::rgb, Channels::rgba}) {
+    for (const Depth depth : {Depth::eight, Depth::sixteen}) {
+      const PixelBuffer picture = makePicture(1101, 37, {channels, depth});
+      const Bytes encoded = encode(heicCodec, picture);
+      const heic::HeifFile file(encoded);
+      EXPECT_EQ(file.targetsOf(file.primary(), heic::fourCC("dimg")).size(), 2);
+      const PixelBuffer read = decode(heicCodec, encoded);
+      EXPECT_EQ(read.layout(), picture.layout());
+      EXPECT_LT(meanDifference(picture, read), depth == Depth::eight ? 3 : 3 * 257);
+    }
+  }
+}
+
+TEST(HeicCodec, writesTilesInBothDirections) {
+  PixelBuffer picture = makePicture(1031, 1200, rgb8);
+  picture.iccProfile = makeProfile(sRGBChromaticities, {1.8});
+  const Bytes encoded = encode(heicCodec, picture);
+  const heic::HeifFile file(encoded);
+  const auto tiles = file.targetsOf(file.primary(), heic::fourCC("dimg"));
+  ASSERT_EQ(tiles.size(), 4);
+  // Some readers take only tiles of one size that are coded alike.
+  for (const std::uint32_t property : {heic::fourCC("ispe"), heic::fourCC("hvcC")})
+    for (const heic::ItemID tile : tiles)
+      EXPECT_TRUE(std::ranges::equal(file.findProperty(tile, property)->body,
+                                     file.findProperty(tiles[0], property)->body));
+  const PixelBuffer read = decode(heicCodec, encoded);
+  EXPECT_EQ(read.iccProfile, picture.iccProfile);
+  EXPECT_LT(meanDifference(picture, read), 3);
+}
+
+TEST(HeicCodec, writesTilesAsOtherProgramsReadThem) {
+  const TemporaryFolder folder;
+  for (const Channels channels : {Channels::grey, Channels::rgb, Channels::rgba}) {
+    const PixelBuffer picture = makePicture(1101, 1037, {channels, Depth::eight});
+    const FileURL url = folder / (std::to_string(static_cast<int>(channels)) + ".heic");
+    writeFile(url, encode(heicCodec, picture));
+    const PixelBuffer shown = shownByHeifConvert(url);
+    EXPECT_LT(meanDifference(converted(picture, shown.layout()), shown), 4);
+  }
 }
 
 TEST(HeicCodec, readsAlpha) {

@@ -38,6 +38,9 @@ class Window:
 class DesktopTestCase(unittest.TestCase):
     """Starts an empty desktop; the test starts tray and application."""
 
+    # Pixels of the screen for each unit that the application counts in.
+    scale = 1
+
     def setUp(self):
         self.base = pathlib.Path(tempfile.mkdtemp(prefix="kestrivane-desktop-")).resolve()
         self.addCleanup(shutil.rmtree, self.base, ignore_errors=True)
@@ -56,8 +59,7 @@ class DesktopTestCase(unittest.TestCase):
             "NO_AT_BRIDGE": "1",
         }
         self.startDisplay()
-        self.notifications = Service(self.environment, 0, ["body"])
-        self.addCleanup(self.notifications.kill)
+        self.startNotifications()
         self.program = harness.program.parent / "kestrivane"
         self.application = None
 
@@ -65,7 +67,7 @@ class DesktopTestCase(unittest.TestCase):
         reading, writing = os.pipe()
         server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writing), "-noreset", "-nolisten", "tcp"]
-            + ["-screen", "0", "%dx%dx24" % SCREEN],
+            + ["-screen", "0", "%dx%dx24" % tuple(side * self.scale for side in SCREEN)],
             pass_fds=[writing],
             stderr=subprocess.DEVNULL,
         )
@@ -74,21 +76,36 @@ class DesktopTestCase(unittest.TestCase):
         with os.fdopen(reading) as numbers:
             self.environment["DISPLAY"] = ":" + numbers.readline().strip()
 
+    def startNotifications(self):
+        """Starts the notification service of the tests; `messages` says what it was told."""
+        self.notifications = Service(self.environment, 0, ["body"])
+        self.addCleanup(self.notifications.kill)
+
     def end(self, process):
         process.kill()
         process.wait(PATIENCE)
 
     def startProgram(self, *command, **options):
         process = subprocess.Popen(
-            command, env=self.environment, stdin=subprocess.DEVNULL, **options
+            command, **{"env": self.environment, "stdin": subprocess.DEVNULL, **options}
         )
         self.addCleanup(self.end, process)
         return process
 
+    def startService(self, *arguments):
+        """Starts a service of bus_services.py."""
+        service = self.startProgram(
+            *["/usr/bin/python3", "-B", HERE / "bus_services.py", *arguments],
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        self.assertEqual(service.stdout.readline(), "ready\n")
+        return service
+
     def startTray(self, edge="top"):
         return self.startProgram(
             *["trayer", "--edge", edge, "--align", "right", "--widthtype", "request"],
-            *["--height", "24", "--transparent", "false"],
+            *["--height", str(24 * self.scale), "--transparent", "false"],
             stderr=subprocess.DEVNULL,
         )
 
@@ -123,13 +140,13 @@ class DesktopTestCase(unittest.TestCase):
 
     def popover(self):
         for window in self.windows():
-            if (window.width, window.height) == POPOVER:
+            if (window.width, window.height) == tuple(side * self.scale for side in POPOVER):
                 return window
         return None
 
     def icon(self):
         for window in self.windows():
-            if window.height <= 48:
+            if window.height <= 48 * self.scale:
                 return window
         return None
 
@@ -150,6 +167,17 @@ class DesktopTestCase(unittest.TestCase):
         self.run_("import", "-silent", "-window", "root", str(file))
         with Image.open(file) as screen:
             return screen.convert("RGB").crop(box)
+
+    def still(self, box=None):
+        """As `picture`, once two looks at it are the same."""
+        pictures = [self.picture(box)]
+
+        def isStill():
+            pictures.append(self.picture(box))
+            return pictures[-1].tobytes() == pictures[-2].tobytes()
+
+        waitUntil(isStill, "a screen that stands still")
+        return pictures[-1]
 
     def look(self, icon):
         return self.picture(icon.box()).tobytes()

@@ -3,20 +3,11 @@
 import subprocess
 
 import dbus.bus
-from desktop import HERE, DesktopTestCase
+from desktop import DesktopTestCase
 from waiting import waitUntil
 
 
 class Bus(DesktopTestCase):
-    def startService(self, *arguments):
-        service = self.startProgram(
-            *["/usr/bin/python3", "-B", HERE / "bus_services.py", *arguments],
-            stdout=subprocess.PIPE,
-            text=True,
-        )
-        self.assertEqual(service.stdout.readline(), "ready\n")
-        return service
-
     def test_without_an_icon_tray_a_panel_gets_an_item_with_a_menu(self):
         panel = self.startService("watcher")
         self.start()

@@ -1,0 +1,16 @@
+"""Becomes the tray for windows in the place of the one that is, and goes: for tests."""
+
+from Xlib import X
+from Xlib.display import Display
+from Xlib.protocol.event import ClientMessage
+
+display = Display()
+root = display.screen().root
+window = root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+selection = display.get_atom("_NET_SYSTEM_TRAY_S0")
+window.set_selection_owner(selection, X.CurrentTime)
+# A new tray says that it is there.
+data = (32, [X.CurrentTime, selection, window.id, 0, 0])
+announcement = ClientMessage(window=root, client_type=display.get_atom("MANAGER"), data=data)
+root.send_event(announcement, event_mask=X.StructureNotifyMask)
+display.sync()

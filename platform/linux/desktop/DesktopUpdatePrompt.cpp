@@ -21,9 +21,9 @@ namespace {
 
 constexpr auto service = "org.freedesktop.Notifications";
 constexpr auto path = "/org/freedesktop/Notifications";
-/// The action of a click on the notification itself; others are buttons.
-constexpr auto click = "default";
-constexpr auto button = "accept";
+/// The only action: an action "default", of a click on the notification itself, is one more button
+/// in some services. Who does not want what is offered closes the notification.
+constexpr auto action = "accept";
 
 }  // namespace
 
@@ -47,8 +47,7 @@ void DesktopUpdatePrompt::offer(std::string text, std::string label, std::functi
   QDBusMessage call = QDBusMessage::createMethodCall(service, path, service, "Notify");
   constexpr uint replacesNothing = 0;
   constexpr int expiresByDefault = -1;
-  const QString shown = QString::fromStdString(label);
-  const QStringList actions = {click, shown, button, shown};
+  const QStringList actions = {action, QString::fromStdString(label)};
   const QVariantMap hints = {{"desktop-entry", QGuiApplication::desktopFileName()}};
   call << QGuiApplication::applicationDisplayName() << replacesNothing
        << QGuiApplication::desktopFileName() << QString("Kestrivane")

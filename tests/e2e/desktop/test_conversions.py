@@ -20,6 +20,9 @@ class Conversions(DesktopTestCase):
     def rename(self, old, new):
         os.rename(self.folder / old, self.folder / new)
 
+    def greys(self, icon):
+        return self.picture(icon.box()).convert("L").getdata()
+
     def kindOf(self, name):
         return output("file", "--brief", "--mime-type", self.folder / name)
 
@@ -27,13 +30,16 @@ class Conversions(DesktopTestCase):
         icon = self.startWithIcon(self.folder)
         self.waitUntilWatching(1)
         idle = self.look(icon)
+        panel, drawn = max(self.greys(icon)), min(self.greys(icon))
         # Several, two at a time, so that it is busy for as long as it takes to look.
         names = [str(number) for number in range(10)]
         for name in names:
             self.put(f"{name}.png")
         for name in names:
             self.rename(f"{name}.png", f"{name}.jpg")
-        waitUntil(lambda: self.look(icon) != idle, "the busy icon")
+        # Drawn at half its opacity, the darkest place is half as dark.
+        half = (panel + drawn) / 2
+        waitUntil(lambda: abs(min(self.greys(icon)) - half) <= 8, "the busy icon, dimmed")
         waitUntil(lambda: len(self.messages()) == len(names), "all notifications")
         waitUntil(lambda: self.look(icon) == idle, "the idle icon")
         self.assertCountEqual(

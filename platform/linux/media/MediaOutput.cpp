@@ -18,6 +18,8 @@ MediaOutput::MediaOutput(const FileURL& url, MediaFileType fileType)
   format_->pb = file_->context();
   // Neither the writer's name nor its version.
   format_->flags |= AVFMT_FLAG_BITEXACT;
+  // Small packets would otherwise be handed to the system one by one.
+  format_->flush_packets = 0;
   // What is written by agreement only, not by the standard: Dolby Vision, spherical video.
   format_->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
 }

@@ -47,6 +47,7 @@ add_library(kestrivane_core STATIC
   platform/Process.hpp
   platform/UUID.cpp
   platform/UUID.hpp
+  platform/Unicode.cpp
   platform/Unicode.hpp
   platform/UserDefaults.hpp
   state/AppViewModel.cpp

@@ -1,5 +1,6 @@
-// The two text operations that need the Unicode character database. Pure functions, the same on
-// every system but for the version of the database. Thread-safety: may be called from any thread.
+// Text as Unicode sees it. Pure functions, the same on every system but for the version of the
+// Unicode character database that lower case rests on. Thread-safety: may be called from any
+// thread.
 #pragma once
 
 #include <string>
@@ -9,6 +10,14 @@ namespace kestrivane {
 
 /// `text` in lower case, whatever the locale. In text that is not UTF-8 only A to Z change.
 std::string lowercased(std::string_view text);
+
+/// `text` with A to Z in lower case and nothing else changed.
+inline std::string asciiLowercased(std::string_view text) {
+  std::string result(text);
+  for (char& c : result)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return result;
+}
 
 /// `text` with every byte that is not part of valid UTF-8 replaced by U+FFFD.
 std::string validUTF8(std::string_view text);

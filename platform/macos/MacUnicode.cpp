@@ -7,16 +7,6 @@
 #include "platform/macos/CFText.hpp"
 
 namespace kestrivane {
-namespace {
-
-std::string asciiLowercased(std::string_view text) {
-  std::string result(text);
-  for (char& c : result)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return result;
-}
-
-}  // namespace
 
 std::string lowercased(std::string_view text) {
   const CFReference<CFStringRef> string = makeCFString(text);

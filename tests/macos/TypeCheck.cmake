@@ -1,10 +1,13 @@
-# Checks the types of macOS sources with clang, against the declarations in sdk/. The target is
-# macOS itself, so that what is newer than the oldest system is found out as well; the C++ and C
-# libraries are those of this machine.
+# Compiles macOS sources with clang, against the declarations in sdk/. The target is macOS itself, so
+# that what is newer than the oldest system is found out as well; the C++ and C libraries are those of
+# this machine. The objects are only looked at.
 
-set(type_check_options
-  --target=x86_64-apple-macosx13.0 -std=c++20 -fsyntax-only -fblocks
-  -Wall -Wextra -Wpedantic -Wshadow -Werror
+# With the warnings of every build.
+get_target_property(warnings kestrivane_options INTERFACE_COMPILE_OPTIONS)
+list(FILTER warnings INCLUDE REGEX "^-W")
+list(FILTER warnings EXCLUDE REGEX "maybe-uninitialized")
+set(compile_options
+  --target=x86_64-apple-macosx13.0 -std=c++20 -fblocks ${warnings}
   # clang 14 has coroutines but does not say so in the way that GCC's library asks.
   -D__cpp_impl_coroutine=201902L
   # The macOS target takes this name for itself, which the C library here needs, and leaves out that.
@@ -13,19 +16,20 @@ set(type_check_options
 foreach(folder IN LISTS CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
   # Not the headers that belong to the compiler: clang has its own.
   if(NOT folder MATCHES "/gcc/")
-    list(APPEND type_check_options -isystem ${folder})
+    list(APPEND compile_options -isystem ${folder})
   endif()
 endforeach()
 
-# Adds the test for `source`, a path from the root of the project: a .mm file is Objective-C++ with
-# ARC, a .cpp file is C++, as in the build on macOS. Further arguments go to clang.
-function(add_type_check source)
+# Adds the test that compiles `source`, a path from the root of the project, into `object`, for tests
+# that require the fixture macos_objects: a .mm file is Objective-C++ with ARC, a .cpp file is C++, as
+# in the build on macOS.
+function(add_type_check source object)
   if(source MATCHES "\\.mm$")
     set(language -x objective-c++ -fobjc-arc)
   else()
     set(language -x c++)
   endif()
   add_test(NAME type_check.${source}
-    COMMAND clang++ ${language} ${type_check_options} ${ARGN}
-            ${CMAKE_SOURCE_DIR}/${source})
+    COMMAND clang++ ${language} ${compile_options} -c -o ${object} ${CMAKE_SOURCE_DIR}/${source})
+  set_tests_properties(type_check.${source} PROPERTIES FIXTURES_SETUP macos_objects)
 endfunction()

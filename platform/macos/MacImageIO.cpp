@@ -12,6 +12,7 @@
 #include "platform/macos/CFText.hpp"
 #include "platform/macos/MacBitmapContext.hpp"
 #include "platform/macos/MacImage.hpp"
+#include "platform/macos/UprightImage.hpp"
 
 namespace kestrivane {
 namespace {
@@ -21,8 +22,11 @@ class MacImageSource final : public ImageSource {
   explicit MacImageSource(CFReference<CGImageSourceRef> source) : source_(std::move(source)) {}
 
   std::shared_ptr<const Image> createImage(std::size_t index) override {
-    return MacImage::create(
-        CFReference<CGImageRef>(CGImageSourceCreateImageAtIndex(source_.get(), index, nullptr)));
+    CFReference<CGImageRef> image(CGImageSourceCreateImageAtIndex(source_.get(), index, nullptr));
+    // Of a file that ends too early the system makes a picture that is blank from there on.
+    if (CGImageSourceGetStatusAtIndex(source_.get(), index) != kCGImageStatusComplete)
+      return nullptr;
+    return MacImage::create(upright(std::move(image), orientationAt(source_.get(), index)));
   }
 
  private:

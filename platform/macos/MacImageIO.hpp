@@ -1,8 +1,9 @@
 // Pictures on macOS: ImageIO and CoreGraphics behind the `ImageIO` interface.
 //
-// Pictures are read and written with the system's defaults, without properties: pixels are taken as
-// they are stored, and no orientation is written. Thread-safety and ownership: as `ImageIO` says;
-// this class keeps no state.
+// Pictures are read and written with the system's defaults and without properties. Since no
+// orientation is written, a picture that is stored turned is turned upright once it is decoded.
+// What the system cannot write, WebP on all its versions so far, has no destination. Thread-safety
+// and ownership: as `ImageIO` says; this class keeps no state.
 #pragma once
 
 #include "platform/ImageIO.hpp"

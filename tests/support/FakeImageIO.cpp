@@ -49,7 +49,11 @@ class FakeImageIO::Source final : public ImageSource {
     library_.operations.push_back("createImage " + std::to_string(index));
     std::size_t width = 0;
     std::size_t height = 0;
-    if (std::sscanf(content_.c_str(), "picture %zux%zu", &width, &height) != 2) return nullptr;
+    int orientation = 1;
+    if (std::sscanf(content_.c_str(), "picture %zux%zu orientation %d", &width, &height,
+                    &orientation) < 2)
+      return nullptr;
+    if (orientation >= 5) std::swap(width, height);
     return std::make_shared<Picture>(library_, width, height);
   }
 

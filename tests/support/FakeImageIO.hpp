@@ -1,5 +1,6 @@
 // A picture library for pictures that are lines of text: "picture WIDTHxHEIGHT" is one that
-// decodes, "damaged" one that opens and does not decode, and everything else is no picture.
+// decodes, "picture WIDTHxHEIGHT orientation N" one that is stored turned, "damaged" one that opens
+// and does not decode, and everything else is no picture.
 //
 // Files are those of an `InMemoryFileSystem`, which outlives it. What is written is again a line:
 // "TYPE WIDTHxHEIGHT". Thread-safety: none; used on the test's thread.

@@ -10,6 +10,7 @@ namespace {
 
 constexpr CFTypeID stringType = 7;
 constexpr CFTypeID arrayType = 19;
+constexpr CFTypeID numberType = 22;
 constexpr CFTypeID otherType = 1;
 
 /// As much of UTF-8 as the tests need: the two bytes that it never has, and ones out of place.
@@ -35,6 +36,17 @@ CFArrayObject::~CFArrayObject() {
     fakeSystem().release(value);
 }
 
+CFDictionaryObject::CFDictionaryObject(std::map<const void*, CFTypeRef> objects)
+    : values(std::move(objects)) {
+  for (const auto& [key, value] : values)
+    fakeSystem().retain(value);
+}
+
+CFDictionaryObject::~CFDictionaryObject() {
+  for (const auto& [key, value] : values)
+    fakeSystem().release(value);
+}
+
 const CFAllocatorRef kCFAllocatorDefault = nullptr;
 const CFArrayCallBacks kCFTypeArrayCallBacks = {0};
 
@@ -46,6 +58,7 @@ CFTypeID CFGetTypeID(CFTypeRef object) {
   const auto& found = fakeSystem().object(object);
   if (dynamic_cast<const CFStringObject*>(&found) != nullptr) return stringType;
   if (dynamic_cast<const CFArrayObject*>(&found) != nullptr) return arrayType;
+  if (dynamic_cast<const CFNumberObject*>(&found) != nullptr) return numberType;
   return otherType;
 }
 
@@ -112,6 +125,21 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
   }
   if (usedSize != nullptr) *usedSize = size;
   return range.length;
+}
+
+const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
+  const auto found = dictionary->values.find(key);
+  return found == dictionary->values.end() ? nullptr : found->second;
+}
+
+CFTypeID CFNumberGetTypeID() {
+  return numberType;
+}
+
+Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
+  EXPECT_EQ(type, static_cast<CFNumberType>(kCFNumberIntType));
+  *static_cast<int*>(value) = number->value;
+  return 1;
 }
 
 CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, const UInt8* path, CFIndex length,

@@ -2,6 +2,7 @@
 // Thread-safety and ownership: as `FakeSystem`.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,19 @@ struct CFArrayObject final : kestrivane::test::FakeObject {
   ~CFArrayObject() override;
   const char* kind() const override { return "array"; }
   std::vector<CFTypeRef> values;  ///< the array has a reference to each
+};
+
+struct CFNumberObject final : kestrivane::test::FakeObject {
+  explicit CFNumberObject(int number) : value(number) {}
+  const char* kind() const override { return "number"; }
+  int value;
+};
+
+struct CFDictionaryObject final : kestrivane::test::FakeObject {
+  explicit CFDictionaryObject(std::map<const void*, CFTypeRef> objects);
+  ~CFDictionaryObject() override;
+  const char* kind() const override { return "dictionary"; }
+  std::map<const void*, CFTypeRef> values;  ///< by keys; the dictionary has a reference to each
 };
 
 struct CFURLObject final : kestrivane::test::FakeObject {

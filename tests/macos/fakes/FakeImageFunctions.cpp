@@ -1,7 +1,10 @@
 // ImageIO and CoreGraphics for pictures that are lines of text: "picture WIDTHxHEIGHT" is one that
-// decodes, "damaged" one that opens and does not decode, and everything else is no picture. What is
-// written is again a line: "TYPE WIDTHxHEIGHT".
+// decodes, with " orientation N" after it one that is stored turned, and with " deep", " grey" or
+// " opaque" one of such pixels; "half a picture WIDTHxHEIGHT" is one that ends too early, "damaged"
+// one that opens and does not decode, and everything else is no picture. What is written is again a
+// line: "TYPE WIDTHxHEIGHT", and its corners if they are not where they were stored.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -14,16 +17,26 @@
 
 using kestrivane::test::fakeSystem;
 
+struct CGColorSpace final : kestrivane::test::FakeObject {
+  explicit CGColorSpace(CGColorSpaceModel colorModel) : model(colorModel) {}
+  const char* kind() const override { return "colour space"; }
+  CGColorSpaceModel model;
+};
+
+/// The corners' names, clockwise from the upper left one: of a picture as it is stored "ABCD".
+using Corners = std::array<char, 5>;
+constexpr Corners corners{"ABCD"};
+
 struct CGImage final : kestrivane::test::FakeObject {
-  CGImage(std::size_t pixelWidth, std::size_t pixelHeight)
-      : width(pixelWidth), height(pixelHeight) {}
+  CGImage(std::size_t pixelWidth, std::size_t pixelHeight, Corners seen)
+      : width(pixelWidth), height(pixelHeight), itsCorners(seen) {}
   const char* kind() const override { return "image"; }
   std::size_t width;
   std::size_t height;
-};
-
-struct CGColorSpace final : kestrivane::test::FakeObject {
-  const char* kind() const override { return "colour space"; }
+  Corners itsCorners;
+  std::size_t bitsPerComponent = 8;
+  CGImageAlphaInfo alphaInfo = kCGImageAlphaLast;
+  CGColorSpace space{kCGColorSpaceModelRGB};  ///< which the image owns and lends
 };
 
 struct CGContext final : kestrivane::test::FakeObject {
@@ -32,6 +45,8 @@ struct CGContext final : kestrivane::test::FakeObject {
   const char* kind() const override { return "context"; }
   std::size_t width;
   std::size_t height;
+  CGAffineTransform transform{1, 0, 0, 1, 0, 0};
+  Corners itsCorners{"----"};
 };
 
 struct CGImageSource final : kestrivane::test::FakeObject {
@@ -76,13 +91,38 @@ const char* describe(CFDictionaryRef dictionary) {
   return dictionary == nullptr ? "none" : "some";
 }
 
+/// Clockwise from the upper left corner; the origin is the lower left one.
+std::array<CGPoint, 4> cornersOf(CGRect rect) {
+  const CGFloat right = rect.origin.x + rect.size.width;
+  const CGFloat top = rect.origin.y + rect.size.height;
+  return {{{rect.origin.x, top}, {right, top}, {right, rect.origin.y}, rect.origin}};
+}
+
+CGPoint applied(const CGAffineTransform& transform, CGPoint point) {
+  return {transform.a * point.x + transform.c * point.y + transform.tx,
+          transform.b * point.x + transform.d * point.y + transform.ty};
+}
+
+constexpr char tag = 0;
+
+/// What macOS writes.
+bool isWritable(const std::string& type) {
+  return type != "org.webmproject.webp";
+}
+
 }  // namespace
+
+// Only their addresses count.
+const CFStringRef kCGImagePropertyOrientation = reinterpret_cast<CFStringRef>(&tag);
+const CFStringRef kCGColorSpaceSRGB = reinterpret_cast<CFStringRef>(&tag);
 
 CGImageSourceRef CGImageSourceCreateWithURL(CFURLRef url, CFDictionaryRef options) {
   if (failsAfterRecording("CGImageSourceCreateWithURL", url->path, describe(options)))
     return nullptr;
   const std::optional<std::string> content = fakeSystem().files.content(url->path);
-  if (!content || (!content->starts_with("picture ") && *content != "damaged")) return nullptr;
+  if (!content || (!content->starts_with("picture ") && !content->starts_with("half a picture ") &&
+                   *content != "damaged"))
+    return nullptr;
   return fakeSystem().create<CGImageSource>(*content);
 }
 
@@ -90,16 +130,47 @@ CGImageRef CGImageSourceCreateImageAtIndex(CGImageSourceRef source, size_t index
                                            CFDictionaryRef options) {
   if (failsAfterRecording("CGImageSourceCreateImageAtIndex", index, describe(options)))
     return nullptr;
+  const std::size_t start = source->content.find("picture ");
+  if (start == std::string::npos) return nullptr;
+  const std::string description = source->content.substr(start);
   std::size_t width = 0;
   std::size_t height = 0;
-  if (std::sscanf(source->content.c_str(), "picture %zux%zu", &width, &height) != 2) return nullptr;
-  return fakeSystem().create<CGImage>(width, height);
+  if (std::sscanf(description.c_str(), "picture %zux%zu", &width, &height) != 2) return nullptr;
+  CGImage* const image = fakeSystem().create<CGImage>(width, height, corners);
+  if (description.find("deep") != std::string::npos) image->bitsPerComponent = 16;
+  if (description.find("opaque") != std::string::npos) image->alphaInfo = kCGImageAlphaNone;
+  if (description.find("grey") != std::string::npos)
+    image->space.model = kCGColorSpaceModelMonochrome;
+  return image;
+}
+
+CGImageSourceStatus CGImageSourceGetStatusAtIndex(CGImageSourceRef source, size_t index) {
+  failsAfterRecording("CGImageSourceGetStatusAtIndex", index);
+  return source->content.starts_with("picture ") ? kCGImageStatusComplete
+                                                 : kCGImageStatusUnexpectedEOF;
+}
+
+CFDictionaryRef CGImageSourceCopyPropertiesAtIndex(CGImageSourceRef source, size_t index,
+                                                   CFDictionaryRef options) {
+  if (failsAfterRecording("CGImageSourceCopyPropertiesAtIndex", index, describe(options)))
+    return nullptr;
+  const std::string key = " orientation ";
+  const std::size_t place = source->content.find(key);
+  if (place == std::string::npos)
+    return fakeSystem().create<CFDictionaryObject>(std::map<const void*, CFTypeRef>());
+  auto* const number =
+      fakeSystem().create<CFNumberObject>(std::stoi(source->content.substr(place + key.size())));
+  auto* const properties = fakeSystem().create<CFDictionaryObject>(
+      std::map<const void*, CFTypeRef>{{kCGImagePropertyOrientation, number}});
+  CFRelease(number);
+  return properties;
 }
 
 CGImageDestinationRef CGImageDestinationCreateWithURL(CFURLRef url, CFStringRef type, size_t count,
                                                       CFDictionaryRef options) {
   if (failsAfterRecording("CGImageDestinationCreateWithURL", url->path, type->text, count,
-                          describe(options)))
+                          describe(options)) ||
+      !isWritable(type->text))
     return nullptr;
   return fakeSystem().create<CGImageDestination>(url->path, type->text);
 }
@@ -107,6 +178,8 @@ CGImageDestinationRef CGImageDestinationCreateWithURL(CFURLRef url, CFStringRef 
 void CGImageDestinationAddImage(CGImageDestinationRef destination, CGImageRef image,
                                 CFDictionaryRef properties) {
   destination->picture = sizeOf(image->width, image->height);
+  if (image->itsCorners != corners)
+    destination->picture += " " + std::string(image->itsCorners.data());
   failsAfterRecording("CGImageDestinationAddImage", destination->picture, describe(properties));
 }
 
@@ -127,6 +200,18 @@ size_t CGImageGetHeight(CGImageRef image) {
   return image->height;
 }
 
+size_t CGImageGetBitsPerComponent(CGImageRef image) {
+  return image->bitsPerComponent;
+}
+
+CGImageAlphaInfo CGImageGetAlphaInfo(CGImageRef image) {
+  return image->alphaInfo;
+}
+
+CGColorSpaceRef CGImageGetColorSpace(CGImageRef image) {
+  return &image->space;
+}
+
 CGImageRef CGImageCreateWithImageInRect(CGImageRef image, CGRect rect) {
   if (failsAfterRecording("CGImageCreateWithImageInRect", describe(rect))) return nullptr;
   const auto edge = [](double value, std::size_t limit) {
@@ -137,32 +222,59 @@ CGImageRef CGImageCreateWithImageInRect(CGImageRef image, CGRect rect) {
   const std::size_t right = edge(std::ceil(rect.origin.x + rect.size.width), image->width);
   const std::size_t bottom = edge(std::ceil(rect.origin.y + rect.size.height), image->height);
   if (left >= right || top >= bottom) return nullptr;
-  return fakeSystem().create<CGImage>(right - left, bottom - top);
+  return fakeSystem().create<CGImage>(right - left, bottom - top, image->itsCorners);
 }
 
 CGColorSpaceRef CGColorSpaceCreateDeviceRGB() {
   if (failsAfterRecording("CGColorSpaceCreateDeviceRGB")) return nullptr;
-  return fakeSystem().create<CGColorSpace>();
+  return fakeSystem().create<CGColorSpace>(kCGColorSpaceModelRGB);
+}
+
+CGColorSpaceRef CGColorSpaceCreateWithName(CFStringRef name) {
+  if (failsAfterRecording("CGColorSpaceCreateWithName") || name != kCGColorSpaceSRGB)
+    return nullptr;
+  return fakeSystem().create<CGColorSpace>(kCGColorSpaceModelRGB);
+}
+
+CGColorSpaceModel CGColorSpaceGetModel(CGColorSpaceRef space) {
+  return space->model;
+}
+
+bool CGColorSpaceSupportsOutput(CGColorSpaceRef) {
+  return true;
 }
 
 CGContextRef CGBitmapContextCreate(void* data, size_t width, size_t height, size_t bitsPerComponent,
                                    size_t bytesPerRow, CGColorSpaceRef space, uint32_t bitmapInfo) {
   if (failsAfterRecording("CGBitmapContextCreate", data == nullptr ? "none" : "some",
                           sizeOf(width, height), bitsPerComponent, bytesPerRow, bitmapInfo) ||
-      space == nullptr)
+      space == nullptr || space->model != kCGColorSpaceModelRGB)
     return nullptr;
   return fakeSystem().create<CGContext>(width, height);
 }
 
 CGImageRef CGBitmapContextCreateImage(CGContextRef context) {
   if (failsAfterRecording("CGBitmapContextCreateImage")) return nullptr;
-  return fakeSystem().create<CGImage>(context->width, context->height);
+  return fakeSystem().create<CGImage>(context->width, context->height, context->itsCorners);
 }
 
 void CGContextSetInterpolationQuality(CGContextRef, CGInterpolationQuality quality) {
   failsAfterRecording("CGContextSetInterpolationQuality", static_cast<int>(quality));
 }
 
-void CGContextDrawImage(CGContextRef, CGRect rect, CGImageRef image) {
+void CGContextConcatCTM(CGContextRef context, CGAffineTransform transform) {
+  context->transform = transform;  // after none before it
+}
+
+void CGContextDrawImage(CGContextRef context, CGRect rect, CGImageRef image) {
   failsAfterRecording("CGContextDrawImage", describe(rect), sizeOf(image->width, image->height));
+  const auto from = cornersOf(rect);
+  const auto to = cornersOf(CGRectMake(0, 0, static_cast<CGFloat>(context->width),
+                                       static_cast<CGFloat>(context->height)));
+  for (std::size_t i = 0; i < from.size(); ++i) {
+    const CGPoint reached = applied(context->transform, from[i]);
+    for (std::size_t k = 0; k < to.size(); ++k)
+      if (reached.x == to[k].x && reached.y == to[k].y)
+        context->itsCorners[k] = image->itsCorners[i];
+  }
 }

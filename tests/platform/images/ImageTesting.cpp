@@ -130,6 +130,15 @@ PixelBuffer decode(const Codec& codec, std::span<const std::uint8_t> bytes) {
   return codec.decode(ImageInput::ofBytes(bytes));
 }
 
+Bytes withOrientation(std::uint8_t value, std::span<const std::uint8_t> jpeg) {
+  // A segment APP1 with a directory of one entry, right after the start of the file.
+  Bytes bytes = {0xFF, 0xD8, 0xFF, 0xE1, 0, 34,    'E', 'x', 'i', 'f', 0,  0, 'M',
+                 'M',  0,    42,   0,    0, 0,     8,   0,   1,   1,   18, 0, 3,
+                 0,    0,    0,    1,    0, value, 0,   0,   0,   0,   0,  0};
+  bytes.insert(bytes.end(), jpeg.begin() + 2, jpeg.end());
+  return bytes;
+}
+
 double meanDifference(const PixelBuffer& left, const PixelBuffer& right) {
   double sum = 0;
   std::size_t count = 0;

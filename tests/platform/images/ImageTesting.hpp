@@ -51,6 +51,9 @@ PixelBuffer converted(const PixelBuffer& picture, PixelLayout layout);
 Bytes encode(const Codec& codec, const PixelBuffer& picture);
 PixelBuffer decode(const Codec& codec, std::span<const std::uint8_t> bytes);
 
+/// The JPEG file with the orientation `value` told before everything else.
+Bytes withOrientation(std::uint8_t value, std::span<const std::uint8_t> jpeg);
+
 /// Over all channels, in steps of the depth's smallest unit. Both of one size and layout.
 double meanDifference(const PixelBuffer& left, const PixelBuffer& right);
 int maximumDifference(const PixelBuffer& left, const PixelBuffer& right);

@@ -28,6 +28,7 @@ typedef const struct CFAllocatorObject* CFAllocatorRef;
 typedef const struct CFArrayObject* CFArrayRef;
 typedef const struct CFDictionaryObject* CFDictionaryRef;
 typedef const struct CFLocaleObject* CFLocaleRef;
+typedef const struct CFNumberObject* CFNumberRef;
 typedef const struct CFStringObject* CFStringRef;
 typedef struct CFStringObject* CFMutableStringRef;
 typedef const struct CFURLObject* CFURLRef;
@@ -66,6 +67,13 @@ CFIndex CFStringGetLength(CFStringRef string);
 CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding encoding,
                          UInt8 lossByte, Boolean isExternalRepresentation, UInt8* buffer,
                          CFIndex bufferSize, CFIndex* usedSize);
+
+const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
+
+typedef CFIndex CFNumberType;
+enum { kCFNumberIntType = 9 };
+CFTypeID CFNumberGetTypeID(void);
+Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 
 CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8* path,
                                                  CFIndex length, Boolean isDirectory);

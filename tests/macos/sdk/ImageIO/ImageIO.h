@@ -10,9 +10,24 @@ CF_DECLARATIONS_BEGIN
 typedef struct CGImageSource* CGImageSourceRef;
 typedef struct CGImageDestination* CGImageDestinationRef;
 
+enum CGImageSourceStatus : int32_t {
+  kCGImageStatusUnexpectedEOF = -5,
+  kCGImageStatusInvalidData = -4,
+  kCGImageStatusUnknownType = -3,
+  kCGImageStatusReadingHeader = -2,
+  kCGImageStatusIncomplete = -1,
+  kCGImageStatusComplete = 0,
+};
+typedef enum CGImageSourceStatus CGImageSourceStatus;
+
+extern const CFStringRef kCGImagePropertyOrientation;
+
 CGImageSourceRef CGImageSourceCreateWithURL(CFURLRef url, CFDictionaryRef options);
 CGImageRef CGImageSourceCreateImageAtIndex(CGImageSourceRef source, size_t index,
                                            CFDictionaryRef options);
+CGImageSourceStatus CGImageSourceGetStatusAtIndex(CGImageSourceRef source, size_t index);
+CFDictionaryRef CGImageSourceCopyPropertiesAtIndex(CGImageSourceRef source, size_t index,
+                                                   CFDictionaryRef options);
 
 CGImageDestinationRef CGImageDestinationCreateWithURL(CFURLRef url, CFStringRef type, size_t count,
                                                       CFDictionaryRef options);

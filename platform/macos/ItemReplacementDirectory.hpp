@@ -2,7 +2,7 @@
 // can be made ready.
 //
 // For Objective-C++ sources only. Thread-safety: none. Ownership: removes the folder with what is
-// left in it.
+// left in it, unless told to keep it.
 #pragma once
 
 #import <Foundation/Foundation.h>
@@ -27,14 +27,18 @@ class ItemReplacementDirectory {
 
   ItemReplacementDirectory(const ItemReplacementDirectory&) = delete;
   ItemReplacementDirectory& operator=(const ItemReplacementDirectory&) = delete;
-  ~ItemReplacementDirectory() { [NSFileManager.defaultManager removeItemAtURL:url_ error:nil]; }
+  ~ItemReplacementDirectory() {
+    if (!isKept_) [NSFileManager.defaultManager removeItemAtURL:url_ error:nil];
+  }
 
   FileURL url() const { return fileURL(url_); }
+  void keep() { isKept_ = true; }
 
  private:
   explicit ItemReplacementDirectory(NSURL* url) : url_(url) {}
 
   NSURL* const url_;
+  bool isKept_ = false;
 };
 
 }  // namespace kestrivane

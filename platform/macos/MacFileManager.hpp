@@ -16,8 +16,9 @@ class MacFileManager final : public FileManager {
   void moveItem(const FileURL& source, const FileURL& destination) override;
   FileVersion versionOfItem(const FileURL& url) const override;
 
-  /// The system has no replacement on condition: a change that falls between the check of the
-  /// version and the exchange right after it is not seen.
+  /// On a volume that cannot exchange names, a change that falls between the check of the version
+  /// and the replacement right after it is not seen. If `original` changes more than once while it
+  /// is replaced, the version that cannot be put back is kept, and the error says where.
   void replaceItem(const FileURL& original, const FileURL& replacement,
                    const FileVersion& expected) override;
 

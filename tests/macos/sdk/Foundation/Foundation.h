@@ -70,6 +70,7 @@ static const NSStringEncoding NSUTF8StringEncoding = 4;
 @interface NSNumber : NSObject
 + (NSNumber*)numberWithBool:(BOOL)value;
 @property(readonly) unsigned long long unsignedLongLongValue;
+@property(readonly) BOOL boolValue;
 @end
 
 @interface NSData : NSObject
@@ -106,6 +107,9 @@ typedef NSUInteger NSURLBookmarkResolutionOptions;
 static const NSURLBookmarkCreationOptions NSURLBookmarkCreationWithSecurityScope = 1 << 11;
 static const NSURLBookmarkResolutionOptions NSURLBookmarkResolutionWithSecurityScope = 1 << 10;
 
+typedef NSString* NSURLResourceKey;
+extern NSURLResourceKey const NSURLVolumeSupportsSwapRenamingKey;
+
 @interface NSURL : NSObject
 + (NSURL*)fileURLWithFileSystemRepresentation:(const char*)path
                                   isDirectory:(BOOL)isDirectory
@@ -113,6 +117,9 @@ static const NSURLBookmarkResolutionOptions NSURLBookmarkResolutionWithSecurityS
 @property(nullable, readonly, copy) NSString* path;
 @property(nullable, readonly, copy) NSURL* filePathURL;
 @property(readonly) const char* fileSystemRepresentation;
+- (BOOL)getResourceValue:(id _Nullable __autoreleasing* _Nonnull)value
+                  forKey:(NSURLResourceKey)key
+                   error:(NSError* _Nullable* _Nullable)error;
 - (nullable NSURL*)URLByAppendingPathComponent:(NSString*)component;
 - (nullable NSData*)bookmarkDataWithOptions:(NSURLBookmarkCreationOptions)options
              includingResourceValuesForKeys:(nullable NSArray<NSString*>*)keys

@@ -5,45 +5,23 @@
 #include <functional>
 #include <latch>
 #include <memory>
-#include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/macos/MacDispatch.hpp"
-#include "platform/macos/MacMainLoop.hpp"
 #include "tests/macos/dispatch/ThreadedDispatch.hpp"
-#include "tests/platform/system/EventLoopConformance.hpp"
+#include "tests/support/VirtualLoop.hpp"
 
 namespace kestrivane::test {
 namespace {
 
 constexpr auto userInitiated = QualityOfService::userInitiated;
 
-class MacMainLoopSubject final : public Subject {
- public:
-  MacMainLoopSubject() = default;
-  ~MacMainLoopSubject() override {
-    loop_.reset();
-    EXPECT_EQ(endDispatch(), 0);
-  }
-  EventLoop& loop() override { return *loop_; }
-  void run() override { runMainQueue(); }
-  void stop() override { stopMainQueue(); }
-
- private:
-  std::unique_ptr<MacMainLoop> loop_ = std::make_unique<MacMainLoop>();
-};
-
-INSTANTIATE_TEST_SUITE_P(MacMainLoop, EventLoopConformance,
-                         testing::Values([] { return std::make_unique<MacMainLoopSubject>(); }));
-
 class MacDispatchTest : public testing::Test {
  protected:
   ~MacDispatchTest() override {
     dispatch.reset();
-    loop.reset();
     EXPECT_EQ(endDispatch(), 0) << "queues or groups that were not released";
   }
 
@@ -57,57 +35,12 @@ class MacDispatchTest : public testing::Test {
     done.wait();
   }
 
-  std::unique_ptr<MacMainLoop> loop = std::make_unique<MacMainLoop>();
-  std::unique_ptr<MacDispatch> dispatch = std::make_unique<MacDispatch>(*loop);
+  VirtualLoop loop;
+  std::unique_ptr<MacDispatch> dispatch = std::make_unique<MacDispatch>(loop);
 };
 
-TEST_F(MacDispatchTest, TakesJobsFromAllThreadsAndRunsThemOnTheMainOne) {
-  const std::thread::id own = std::this_thread::get_id();
-  std::vector<int> counts(4, 0);
-  int left = 4 * 200;
-  std::vector<std::thread> threads;
-  for (std::size_t i = 0; i < counts.size(); ++i) {
-    threads.emplace_back([&, i] {
-      for (int n = 0; n < 200; ++n) {
-        dispatch->mainLoop().post([&, i, n] {
-          EXPECT_EQ(std::this_thread::get_id(), own);
-          EXPECT_EQ(counts[i]++, n);  // in the order of the thread that posted
-          if (--left == 0) stopMainQueue();
-        });
-      }
-    });
-  }
-  runMainQueue();
-  for (std::thread& thread : threads)
-    thread.join();
-  EXPECT_EQ(left, 0);
-}
-
-TEST_F(MacDispatchTest, TakesTheLongestDelayThereIs) {
-  loop->postAfter(std::chrono::nanoseconds::max(), [] { FAIL() << "centuries have passed"; });
-  bool hasRun = false;
-  loop->postAfter(std::chrono::nanoseconds::min(), [&] {
-    hasRun = true;
-    stopMainQueue();
-  });
-  runMainQueue();
-  EXPECT_TRUE(hasRun);
-}
-
-TEST_F(MacDispatchTest, ReleasesACancelledTimersCapturesWhichMayUseTheLoop) {
-  bool hasRun = false;
-  auto captured =
-      std::shared_ptr<void>(nullptr, [&](void*) { loop->post([&] { hasRun = true; }); });
-  const EventLoop::TimerId timer = loop->postAfter(1ms, [captured] {});
-  captured.reset();
-  loop->cancelTimer(timer);
-  loop->postAfter(1ms, [] { stopMainQueue(); });
-  runMainQueue();
-  EXPECT_TRUE(hasRun);
-}
-
 TEST_F(MacDispatchTest, HandsOutTheMainLoopItWasGiven) {
-  EXPECT_EQ(&dispatch->mainLoop(), loop.get());
+  EXPECT_EQ(&dispatch->mainLoop(), &loop);
 }
 
 TEST_F(MacDispatchTest, RunsTwoHeavyJobsAtOnce) {

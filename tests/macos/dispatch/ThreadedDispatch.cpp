@@ -1,11 +1,8 @@
 #include "tests/macos/dispatch/ThreadedDispatch.hpp"
 
-#include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <deque>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -16,13 +13,11 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// A function with its context, and the group that counts it.
 struct Work {
   dispatch_function_t function;
   void* context;
-  dispatch_group_t group = nullptr;
+  dispatch_group_t group;
 };
 
 struct Object {
@@ -33,8 +28,6 @@ struct Object {
 std::mutex mutex;
 std::condition_variable changed;
 std::vector<std::thread> threads;
-std::multimap<Clock::time_point, Work> mainQueueWork;
-bool isStopped = false;
 std::atomic<int> objectsAlive = 0;
 
 void release(Object* object) {
@@ -63,13 +56,8 @@ struct dispatch_group_s final : Object {
 
 namespace {
 
-/// Neither is ever released for good: their own reference is never given back.
+/// Never released for good: its own reference is never given back.
 dispatch_queue_s* globalQueue() {
-  static dispatch_queue_s queue;
-  return &queue;
-}
-
-dispatch_queue_s* mainQueue() {
   static dispatch_queue_s queue;
   return &queue;
 }
@@ -77,7 +65,6 @@ dispatch_queue_s* mainQueue() {
 void run(const Work& work) {
   work.function(work.context);
   const std::lock_guard lock(mutex);
-  if (work.group == nullptr) return;
   --work.group->count;
   changed.notify_all();
   release(work.group);
@@ -98,10 +85,7 @@ void drain(dispatch_queue_t queue) {
 
 /// With the mutex held.
 void enqueue(dispatch_queue_t queue, Work work) {
-  if (queue == mainQueue()) {
-    mainQueueWork.emplace(Clock::now(), work);
-    changed.notify_all();
-  } else if (!queue->isSerial) {
+  if (!queue->isSerial) {
     threads.emplace_back([work] { run(work); });
   } else {
     queue->work.push_back(work);
@@ -118,10 +102,6 @@ dispatch_queue_t dispatch_get_global_queue(intptr_t, uintptr_t) {
   return globalQueue();
 }
 
-dispatch_queue_t dispatch_get_main_queue() {
-  return mainQueue();
-}
-
 dispatch_queue_attr_t dispatch_queue_attr_make_with_qos_class(dispatch_queue_attr_t attribute,
                                                               dispatch_qos_class_t, int) {
   return attribute;
@@ -131,24 +111,6 @@ dispatch_queue_t dispatch_queue_create(const char*, dispatch_queue_attr_t attrib
   dispatch_queue_t queue = create<dispatch_queue_s>();
   queue->isSerial = attribute == DISPATCH_QUEUE_SERIAL;
   return queue;
-}
-
-void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t function) {
-  const std::lock_guard lock(mutex);
-  enqueue(queue, {function, context});
-}
-
-dispatch_time_t dispatch_time(dispatch_time_t, int64_t delta) {
-  return static_cast<dispatch_time_t>(
-      (Clock::now().time_since_epoch() + std::chrono::nanoseconds(delta)).count());
-}
-
-void dispatch_after_f(dispatch_time_t when, dispatch_queue_t, void* context,
-                      dispatch_function_t function) {
-  const std::lock_guard lock(mutex);
-  const Clock::time_point due{std::chrono::nanoseconds(static_cast<std::int64_t>(when))};
-  mainQueueWork.emplace(due, Work{function, context});
-  changed.notify_all();
 }
 
 dispatch_group_t dispatch_group_create() {
@@ -176,30 +138,6 @@ void dispatch_release(dispatch_object_t object) {
 
 namespace kestrivane::test {
 
-void runMainQueue() {
-  std::unique_lock lock(mutex);
-  while (!std::exchange(isStopped, false)) {
-    if (mainQueueWork.empty()) {
-      changed.wait(lock);
-    } else if (const auto first = mainQueueWork.begin(); first->first > Clock::now()) {
-      const Clock::time_point due = first->first;
-      changed.wait_until(lock, due);
-    } else {
-      const Work work = first->second;
-      mainQueueWork.erase(first);
-      lock.unlock();
-      run(work);
-      lock.lock();
-    }
-  }
-}
-
-void stopMainQueue() {
-  const std::lock_guard lock(mutex);
-  isStopped = true;
-  changed.notify_all();
-}
-
 int endDispatch() {
   std::vector<std::thread> ended;
   do {
@@ -211,17 +149,6 @@ int endDispatch() {
     for (std::thread& thread : ended)
       thread.join();
   } while (!ended.empty());
-
-  // The contexts belong to those who made them; each is freed by its own call, as on the system
-  // when the program goes on. The executors are gone by now, so that nothing of theirs runs.
-  std::multimap<Clock::time_point, Work> left;
-  {
-    const std::lock_guard lock(mutex);
-    left.swap(mainQueueWork);
-    isStopped = false;
-  }
-  for (const auto& [due, work] : left)
-    run(work);
   return objectsAlive;
 }
 

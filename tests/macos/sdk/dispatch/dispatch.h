@@ -23,7 +23,6 @@ extern "C" {
 DISPATCH_OBJECT(dispatch_queue)
 DISPATCH_OBJECT(dispatch_group)
 DISPATCH_OBJECT(dispatch_queue_attr)
-DISPATCH_OBJECT(dispatch_source)
 
 #ifdef __OBJC__
 /// Any of the objects.
@@ -33,9 +32,6 @@ typedef void* dispatch_object_t;
 #endif
 
 typedef void (*dispatch_function_t)(void* context);
-#ifdef __BLOCKS__
-typedef void (^dispatch_block_t)(void);
-#endif
 
 typedef unsigned int dispatch_qos_class_t;
 typedef unsigned int qos_class_t;
@@ -47,31 +43,19 @@ enum {
 typedef uint64_t dispatch_time_t;
 #define DISPATCH_TIME_NOW 0ull
 #define DISPATCH_TIME_FOREVER (~0ull)
-#define NSEC_PER_SEC 1000000000ull
 #define DISPATCH_QUEUE_SERIAL ((dispatch_queue_attr_t)0)
 
 dispatch_queue_t dispatch_get_global_queue(intptr_t identifier, uintptr_t flags);
-dispatch_queue_t dispatch_get_main_queue(void);
 dispatch_queue_attr_t dispatch_queue_attr_make_with_qos_class(dispatch_queue_attr_t attribute,
                                                               dispatch_qos_class_t qualityOfService,
                                                               int relativePriority);
 dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attribute);
-void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work);
-dispatch_time_t dispatch_time(dispatch_time_t when, int64_t delta);
-void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context,
-                      dispatch_function_t work);
 dispatch_group_t dispatch_group_create(void);
 void dispatch_group_async_f(dispatch_group_t group, dispatch_queue_t queue, void* context,
                             dispatch_function_t work);
 intptr_t dispatch_group_wait(dispatch_group_t group, dispatch_time_t timeout);
 #ifndef __OBJC__
 void dispatch_release(dispatch_object_t object);
-#endif
-
-#ifdef __BLOCKS__
-void dispatch_async(dispatch_queue_t queue, dispatch_block_t block);
-void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block_t block);
-void dispatch_sync(dispatch_queue_t queue, dispatch_block_t block);
 #endif
 
 #ifdef __cplusplus

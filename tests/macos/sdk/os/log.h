@@ -14,7 +14,10 @@ extern "C" {
 
 os_log_t os_log_create(const char* subsystem, const char* category);
 void os_log_with_type(os_log_t log, os_log_type_t type, const char* format, ...)
-    __attribute__((format(os_log, 3, 4)));
+#ifdef __clang__
+    __attribute__((format(os_log, 3, 4)))
+#endif
+    ;
 
 #ifdef __cplusplus
 }

@@ -152,7 +152,9 @@ class BundleTest(unittest.TestCase):
 
 class EntitlementsTest(unittest.TestCase):
     def test_the_application_may_do_what_it_needs_and_no_more(self):
-        identifier = plistlib.loads((PACKAGING / "Info.plist.in").read_bytes())["CFBundleIdentifier"]
+        identifier = plistlib.loads((PACKAGING / "Info.plist.in").read_bytes())[
+            "CFBundleIdentifier"
+        ]
         self.assertEqual(
             load(PACKAGING / "Kestrivane.entitlements"),
             {
@@ -172,6 +174,75 @@ class EntitlementsTest(unittest.TestCase):
             load(PACKAGING / "ffmpeg.entitlements"),
             {"com.apple.security.app-sandbox": True, "com.apple.security.inherit": True},
         )
+
+
+class SigningTest(unittest.TestCase):
+    """Over a codesign that writes down how it is called."""
+
+    FRAMEWORKS = "Contents/Frameworks/"
+    SPARKLE = FRAMEWORKS + "Sparkle.framework"
+    PARTS = (
+        SPARKLE + "/Versions/B/XPCServices/Installer.xpc",
+        SPARKLE + "/Versions/B/XPCServices/Downloader.xpc",
+        SPARKLE + "/Versions/B/Autoupdate",
+        SPARKLE + "/Versions/B/Updater.app",
+        FRAMEWORKS + "QtCore.framework",
+        FRAMEWORKS + "libavif.16.dylib",
+        "Contents/PlugIns/platforms/libqcocoa.dylib",
+        "Contents/MacOS/ffmpeg",
+    )
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.app = self.folder / "Kestrivane.app"
+        for part in self.PARTS:
+            (self.app / part).parent.mkdir(parents=True, exist_ok=True)
+            (self.app / part).write_text("")
+        codesign = self.folder / "codesign"
+        codesign.write_text(f'#!/bin/sh\nprintf "%s\\n" "$*" >> "{self.folder}/calls"\n')
+        codesign.chmod(0o755)
+
+    def calls(self, identity):
+        """The signed part and the other arguments of each call."""
+        subprocess.run(
+            [PACKAGING / "sign.sh", self.app, identity],
+            env={**os.environ, "PATH": f"{self.folder}:{os.environ['PATH']}"},
+            check=True,
+        )
+        lines = (self.folder / "calls").read_text().splitlines()
+        parts = [line.rpartition(" ") for line in lines]
+        return [(os.path.relpath(part, self.app), arguments) for arguments, _, part in parts]
+
+    def test_everything_is_signed_before_what_it_lies_in(self):
+        *signed, (verified, verification) = self.calls("Developer ID Application: Somebody")
+        names = [name for name, _ in signed]
+        self.assertEqual(sorted(names), sorted([*self.PARTS, self.SPARKLE, "."]))
+        for name in names[:-1]:
+            outer = [other for other in names if name.startswith(other + "/")]
+            for other in outer:
+                self.assertLess(names.index(name), names.index(other))
+        self.assertEqual(names[-1], ".")
+        self.assertEqual((verified, verification), (".", "--verify --deep --strict"))
+        for _, arguments in signed:
+            self.assertIn("--timestamp --options runtime --sign Developer ID", arguments)
+            self.assertNotIn("--deep", arguments)
+
+    def test_only_the_program_and_the_tool_get_entitlements_of_ours(self):
+        entitled = {
+            name: pathlib.Path(arguments.partition("--entitlements ")[2]).name
+            for name, arguments in self.calls("-")
+            if "--entitlements" in arguments
+        }
+        self.assertEqual(
+            entitled,
+            {".": "Kestrivane.entitlements", "Contents/MacOS/ffmpeg": "ffmpeg.entitlements"},
+        )
+
+    def test_without_a_certificate_the_runtime_is_not_hardened(self):
+        for _, arguments in self.calls("-"):
+            self.assertNotIn("runtime", arguments)
 
 
 if __name__ == "__main__":

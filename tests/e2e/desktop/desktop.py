@@ -38,6 +38,7 @@ class Window:
 class DesktopTestCase(unittest.TestCase):
     """Starts an empty desktop; the test starts tray and application."""
 
+    screen = SCREEN
     # Pixels of the screen for each unit that the application counts in.
     scale = 1
 
@@ -67,7 +68,7 @@ class DesktopTestCase(unittest.TestCase):
         reading, writing = os.pipe()
         server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writing), "-noreset", "-nolisten", "tcp"]
-            + ["-screen", "0", "%dx%dx24" % tuple(side * self.scale for side in SCREEN)],
+            + ["-screen", "0", "%dx%dx24" % tuple(side * self.scale for side in self.screen)],
             pass_fds=[writing],
             stderr=subprocess.DEVNULL,
         )

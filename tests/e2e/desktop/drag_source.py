@@ -35,6 +35,8 @@ def main(*files):
 
     def begin(_widget, context):
         outcome["word"] = "dropped"
+        # What is dragged is shown beside the pointer, so that it covers nothing of what is below it.
+        Gtk.drag_set_icon_name(context, "folder", 100, -100)
         say("dragging")
         context.connect("action-changed", change)
 

@@ -10,7 +10,8 @@ Converters::Converters(const FileManager& fileManager, UnifiedLog& log, Dispatch
     : fileManager_(fileManager),
       log_(log),
       dispatch_(dispatch),
-      assetExporter_(dispatch.longWorkQueue()) {}
+      assetExporter_(dispatch.longWorkQueue(),
+                     [this](const FileURL& url) { return mediaModule_.open(url); }) {}
 
 std::vector<std::shared_ptr<const FileConverter>> Converters::make() {
   return {

@@ -14,6 +14,7 @@
 #include "platform/Logger.hpp"
 #include "platform/linux/images/LinuxImageIO.hpp"
 #include "platform/linux/media/LinuxAssetExporter.hpp"
+#include "platform/linux/media/MediaModule.hpp"
 #include "platform/linux/system/LinuxBundle.hpp"
 #include "platform/linux/system/LinuxProcess.hpp"
 
@@ -31,8 +32,9 @@ class Converters {
   UnifiedLog& log_;
   Dispatch& dispatch_;
   LinuxImageIO imageIO_;
-  LinuxAssetExporter assetExporter_;
   LinuxBundle bundle_ = LinuxBundle::ofThisProgram();
+  MediaModule mediaModule_{bundle_};
+  LinuxAssetExporter assetExporter_;
   LinuxProcess process_;
 };
 

@@ -1,6 +1,7 @@
 """Videos renamed from one container to another, as ffprobe and ffmpeg find them."""
 
 import json
+import pathlib
 import resource
 import subprocess
 
@@ -55,6 +56,22 @@ class VideoTestCase(WatchTestCase):
         self.assertEqual(codecs(after), codecs(before))
         self.assertEqual(frameHashes(self.path(f"clip.{new}")), frameHashes(FILMS / film))
         return before, after
+
+
+class Loading(VideoTestCase):
+    def maps(self):
+        return pathlib.Path(f"/proc/{self.watch.process.pid}/maps").read_text()
+
+    def test_the_media_libraries_are_loaded_with_the_first_film(self):
+        self.put(FILMS / "silent.mp4", "clip.mp4")
+        self.put(smallPicture(self.base), "photo.png")
+        self.start()
+        self.rename("photo.png", "photo.jpg")
+        self.watch.waitForLine(success("photo.png", "photo.jpg"))
+        self.assertNotIn("libavcodec", self.maps())
+        self.rename("clip.mp4", "clip.mov")
+        self.assertPrinted(success("photo.png", "photo.jpg"), success("clip.mp4", "clip.mov"))
+        self.assertIn("libavcodec", self.maps())
 
 
 class Copies(VideoTestCase):

@@ -316,3 +316,6 @@ class Installation(ToolTestCase):
         self.rename("clip.webm", "clip.mp3")
         self.assertPrinted(success("clip.webm", "clip.mp3"))
         self.assertEqual(list(streamsOf(self.path("clip.mp3"))[1]), ["audio"])
+        self.put(CLIPS / "silent.mp4", "film.mp4")
+        self.rename("film.mp4", "film.mov")
+        self.assertPrinted(success("clip.webm", "clip.mp3"), success("film.mp4", "film.mov"))

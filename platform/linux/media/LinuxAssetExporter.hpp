@@ -4,23 +4,28 @@
 // refers to the queue, which outlives it.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "async/Executor.hpp"
 #include "platform/AssetExportSession.hpp"
+#include "platform/linux/media/OpenedMedia.hpp"
 
 namespace kestrivane {
 
 class LinuxAssetExporter final : public AssetExporter {
  public:
-  /// Silences the libraries, which would write to standard error.
-  explicit LinuxAssetExporter(Executor& longWorkQueue);
+  /// Opens a film; is called on the queue for long work. `openMedia`, or the one of a module.
+  using Open = std::function<std::unique_ptr<OpenedMedia>(const FileURL&)>;
+
+  LinuxAssetExporter(Executor& longWorkQueue, Open open);
 
   Task<std::unique_ptr<AssetExportSession>> createSession(FileURL assetURL,
                                                           ExportPreset preset) const override;
 
  private:
   Executor* longWorkQueue_;
+  Open open_;
 };
 
 }  // namespace kestrivane

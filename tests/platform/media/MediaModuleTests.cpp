@@ -1,0 +1,83 @@
+// The media adapter as the programs load it.
+#include <cerrno>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/PlatformError.hpp"
+#include "platform/linux/media/MediaModule.hpp"
+#include "tests/platform/media/MediaTesting.hpp"
+#include "tests/support/FakeBundle.hpp"
+
+namespace kestrivane::mediaTesting {
+namespace {
+
+class MediaModuleTest : public testing::Test {
+ protected:
+  void install(const FileURL& file) {
+    bundle_.auxiliaryExecutables.insert_or_assign(MediaModule::fileName, file);
+  }
+
+  void installTheBuiltOne() { install(FileURL(KESTRIVANE_MEDIA_MODULE)); }
+
+  /// The code of the error of opening a film; 0 for none.
+  int codeOfOpening() {
+    try {
+      module.open(sample("silent.mp4"));
+      return 0;
+    } catch (const PlatformError& error) {
+      EXPECT_NE(error.localizedDescription(), "");
+      return error.code();
+    }
+  }
+
+  const test::TemporaryFolder folder;
+
+ private:
+  test::FakeBundle bundle_;
+
+ protected:
+  MediaModule module{bundle_};
+};
+
+TEST_F(MediaModuleTest, ExportsAFilm) {
+  installTheBuiltOne();
+  const auto film = module.open(sample("silent.mp4"));
+  ASSERT_NE(film, nullptr);
+  const FileURL result = folder.url("result.mov");
+  film->exportTo(result, MediaFileType::quickTimeMovie);
+  EXPECT_EQ(probe(result, "", "stream=codec_name"),
+            probe(sample("silent.mp4"), "", "stream=codec_name"));
+}
+
+TEST_F(MediaModuleTest, HasNoFilmForWhatIsNone) {
+  installTheBuiltOne();
+  EXPECT_EQ(module.open(folder.write("text.mov", "Dear diary")), nullptr);
+}
+
+TEST_F(MediaModuleTest, HandsOnTheErrorsOfTheAdapter) {
+  installTheBuiltOne();
+  const auto film = module.open(sample("silent.mp4"));
+  ASSERT_NE(film, nullptr);
+  EXPECT_THROW(film->exportTo(folder.url("no such folder/a.mov"), MediaFileType::quickTimeMovie),
+               PlatformError);
+}
+
+TEST_F(MediaModuleTest, OneThatIsMissingIsAnError) {
+  EXPECT_EQ(codeOfOpening(), ELIBACC);
+}
+
+TEST_F(MediaModuleTest, OneThatCannotBeLoadedIsAnErrorUntilItIsMended) {
+  install(folder.write("broken.so", "no module"));
+  EXPECT_EQ(codeOfOpening(), ELIBACC);
+  installTheBuiltOne();
+  EXPECT_EQ(codeOfOpening(), 0);
+}
+
+TEST_F(MediaModuleTest, AnotherLibraryInItsPlaceIsAnError) {
+  install(FileURL("libc.so.6"));
+  EXPECT_EQ(codeOfOpening(), ELIBACC);
+}
+
+}  // namespace
+}  // namespace kestrivane::mediaTesting

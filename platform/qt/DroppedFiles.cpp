@@ -16,6 +16,8 @@ std::optional<FileURL> fileAtAddress(const QByteArray& address) {
   if (path.startsWith("//")) path = path.mid(std::max<qsizetype>(2, path.indexOf('/', 2)));
   if (!path.startsWith('/')) return std::nullopt;
   std::string file = QByteArray::fromPercentEncoding(path).toStdString();
+  // The system would take the path to end there, and with it another file.
+  if (file.find('\0') != std::string::npos) return std::nullopt;
   while (file.size() > 1 && file.ends_with('/'))
     file.pop_back();
   return FileURL(std::move(file));

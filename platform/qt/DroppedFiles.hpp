@@ -13,7 +13,8 @@
 
 namespace kestrivane {
 
-/// The file that a "file:" address (RFC 8089) names; nothing for any other address.
+/// The file that a "file:" address (RFC 8089) names; nothing for any other address, nor for one
+/// with a zero byte, which no name of a file has.
 std::optional<FileURL> fileAtAddress(const QByteArray& address);
 
 /// The "file:" address of the file.

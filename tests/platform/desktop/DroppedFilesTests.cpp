@@ -33,6 +33,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Address{"FILE:/a", "/a"}, Address{"file:///caf%E9", "/caf\xe9"},
                     Address{"file:///%D0%B0", "/\xd0\xb0"},
                     Address{"https://example.org/a", nullptr}, Address{"/a", nullptr},
+                    Address{"file:///a%00b", nullptr}, Address{"file:///%00", nullptr},
                     Address{"file:a", nullptr}, Address{"file://host", nullptr},
                     Address{"", nullptr}));
 

@@ -35,6 +35,7 @@
 #include "platform/linux/system/LinuxSecurityScopedBookmarks.hpp"
 #include "platform/linux/system/SavedFoldersLock.hpp"
 #include "platform/linux/updates/AppcastUpdater.hpp"
+#include "platform/linux/updates/DownloadModule.hpp"
 #include "platform/qt/QtApplication.hpp"
 #include "platform/qt/QtEventLoop.hpp"
 #include "state/L10n.hpp"
@@ -160,7 +161,8 @@ class KestrivaneApp::Program {
       FreedesktopNotificationCenter::create(*log_);
   std::unique_ptr<LinuxDispatch> dispatch_ = LinuxDispatch::create(loop_);
   DesktopUpdatePrompt updatePrompt_{bus_, *notificationCenter_};
-  AppcastUpdater updater_{updateSource(), loop_, dispatch_->longWorkQueue(), *log_, updatePrompt_};
+  AppcastUpdater updater_{updateSource(), loop_,         dispatch_->longWorkQueue(),
+                          *log_,          updatePrompt_, downloadModule::downloader(bundle_)};
   Converters converters_{fileManager_, *log_, *dispatch_};
   InotifyFileEventService fileEvents_{*log_};
   TaskScope tasks_{loop_};

@@ -3,6 +3,7 @@
 #include "converters/FFmpegConverter.hpp"
 #include "converters/ImageConverter.hpp"
 #include "converters/VideoConverter.hpp"
+#include "platform/linux/media/MediaModule.hpp"
 
 namespace kestrivane {
 
@@ -11,7 +12,7 @@ Converters::Converters(const FileManager& fileManager, UnifiedLog& log, Dispatch
       log_(log),
       dispatch_(dispatch),
       assetExporter_(dispatch.longWorkQueue(),
-                     [this](const FileURL& url) { return mediaModule_.open(url); }) {}
+                     [this](const FileURL& url) { return mediaModule::open(bundle_, url); }) {}
 
 std::vector<std::shared_ptr<const FileConverter>> Converters::make() {
   return {

@@ -14,7 +14,6 @@
 #include "platform/Logger.hpp"
 #include "platform/linux/images/LinuxImageIO.hpp"
 #include "platform/linux/media/LinuxAssetExporter.hpp"
-#include "platform/linux/media/MediaModule.hpp"
 #include "platform/linux/system/LinuxBundle.hpp"
 #include "platform/linux/system/LinuxProcess.hpp"
 
@@ -33,7 +32,6 @@ class Converters {
   Dispatch& dispatch_;
   LinuxImageIO imageIO_;
   LinuxBundle bundle_ = LinuxBundle::ofThisProgram();
-  MediaModule mediaModule_{bundle_};
   LinuxAssetExporter assetExporter_;
   LinuxProcess process_;
 };

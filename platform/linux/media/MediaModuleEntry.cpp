@@ -12,4 +12,4 @@ extern "C" [[gnu::visibility("default")]] kestrivane::OpenedMedia* kestrivaneOpe
   return kestrivane::openMedia(url).release();
 }
 
-static_assert(std::is_same_v<decltype(&kestrivaneOpenMedia), kestrivane::MediaModule::Entry*>);
+static_assert(std::is_same_v<decltype(kestrivaneOpenMedia), kestrivane::mediaModule::Entry>);

@@ -11,7 +11,6 @@
 
 #include "async/RunOn.hpp"
 #include "platform/PlatformError.hpp"
-#include "platform/linux/updates/Download.hpp"
 #include "platform/linux/updates/UpdateArchive.hpp"
 #include "state/L10n.hpp"
 
@@ -25,7 +24,7 @@ constexpr std::chrono::nanoseconds interval = 24h;
 constexpr std::chrono::nanoseconds shortestDelay = 1min;
 constexpr DownloadLimits feedLimits{.bytes = 1 << 20, .seconds = 60};
 
-std::optional<AppcastItem> findUpdate(const UpdateSource& source,
+std::optional<AppcastItem> findUpdate(const Downloader& download, const UpdateSource& source,
                                       const std::atomic<bool>& cancelled) {
   std::string feed;
   const DownloadSink sink = [&feed](std::string_view piece) { feed += piece; };
@@ -44,12 +43,13 @@ void noteCheck(const FileURL& file) {
 }  // namespace
 
 AppcastUpdater::AppcastUpdater(UpdateSource source, EventLoop& loop, Executor& longWorkQueue,
-                               UnifiedLog& log, UpdatePrompt& prompt)
+                               UnifiedLog& log, UpdatePrompt& prompt, Downloader download)
     : source_(std::move(source)),
       key_(EdPublicKey::create(source_.publicKey)),
       loop_(loop),
       longWorkQueue_(longWorkQueue),
       prompt_(prompt),
+      download_(std::move(download)),
       logger_(log.makeLogger(logSubsystem, "Updater")),
       tasks_(loop) {}
 
@@ -96,8 +96,8 @@ void AppcastUpdater::checkForUpdates() {
 }
 
 Task<void> AppcastUpdater::check(Reason reason) {
-  const auto work = [source = source_, cancelled = cancelled_] {
-    return findUpdate(source, *cancelled);
+  const auto work = [download = download_, source = source_, cancelled = cancelled_] {
+    return findUpdate(download, source, *cancelled);
   };
   std::optional<AppcastItem> update;
   std::exception_ptr failure;
@@ -126,8 +126,9 @@ Task<void> AppcastUpdater::check(Reason reason) {
 }
 
 Task<void> AppcastUpdater::fetch(AppcastItem item) {
-  const auto work = [item, key = *key_, folder = source_.downloadFolder, cancelled = cancelled_] {
-    return fetchArchive(item, key, folder, *cancelled);
+  const auto work = [download = download_, item, key = *key_, folder = source_.downloadFolder,
+                     cancelled = cancelled_] {
+    return fetchArchive(download, item, key, folder, *cancelled);
   };
   std::exception_ptr failure;
   try {

@@ -18,6 +18,7 @@
 #include "platform/Logger.hpp"
 #include "platform/Updater.hpp"
 #include "platform/linux/updates/Appcast.hpp"
+#include "platform/linux/updates/Download.hpp"
 #include "platform/linux/updates/EdSignature.hpp"
 
 namespace kestrivane {
@@ -49,7 +50,7 @@ struct UpdateSource {
 class AppcastUpdater final : public Updater {
  public:
   AppcastUpdater(UpdateSource source, EventLoop& loop, Executor& longWorkQueue, UnifiedLog& log,
-                 UpdatePrompt& prompt);
+                 UpdatePrompt& prompt, Downloader download);
   ~AppcastUpdater() override;
 
   void start() override;
@@ -69,6 +70,7 @@ class AppcastUpdater final : public Updater {
   EventLoop& loop_;
   Executor& longWorkQueue_;
   UpdatePrompt& prompt_;
+  const Downloader download_;  ///< called on the queue
   const std::unique_ptr<Logger> logger_;
   /// Read by the transfers, which may outlive this object.
   const std::shared_ptr<std::atomic<bool>> cancelled_ = std::make_shared<std::atomic<bool>>(false);

@@ -26,4 +26,7 @@ using DownloadSink = std::function<void(std::string_view piece)>;
 void download(const std::string& address, DownloadLimits limits, const DownloadSink& sink,
               const std::atomic<bool>& cancelled);
 
+/// `download`, or what does the same.
+using Downloader = std::function<decltype(download)>;
+
 }  // namespace kestrivane

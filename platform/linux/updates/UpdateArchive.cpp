@@ -15,7 +15,6 @@
 
 #include "platform/PlatformError.hpp"
 #include "platform/linux/FileDescriptor.hpp"
-#include "platform/linux/updates/Download.hpp"
 #include "state/L10n.hpp"
 
 namespace kestrivane {
@@ -91,8 +90,8 @@ FileURL giveName(int file, const FileURL& folder, const std::string& name) {
 
 }  // namespace
 
-FileURL fetchArchive(const AppcastItem& item, const EdPublicKey& key, const FileURL& folder,
-                     const std::atomic<bool>& cancelled) {
+FileURL fetchArchive(const Downloader& download, const AppcastItem& item, const EdPublicKey& key,
+                     const FileURL& folder, const std::atomic<bool>& cancelled) {
   const FileDescriptor file = makeUnnamedFile(folder);
   std::size_t count = 0;
   const DownloadSink sink = [&](std::string_view piece) {

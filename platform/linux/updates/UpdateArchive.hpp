@@ -7,6 +7,7 @@
 
 #include "platform/FileURL.hpp"
 #include "platform/linux/updates/Appcast.hpp"
+#include "platform/linux/updates/Download.hpp"
 #include "platform/linux/updates/EdSignature.hpp"
 
 namespace kestrivane {
@@ -16,7 +17,7 @@ namespace kestrivane {
 /// at all, so a failure leaves nothing behind. Throws `PlatformError` when it cannot be fetched or
 /// stored, is longer than a gigabyte, has another length than the feed says, or is not signed by
 /// `key`.
-FileURL fetchArchive(const AppcastItem& item, const EdPublicKey& key, const FileURL& folder,
-                     const std::atomic<bool>& cancelled);
+FileURL fetchArchive(const Downloader& download, const AppcastItem& item, const EdPublicKey& key,
+                     const FileURL& folder, const std::atomic<bool>& cancelled);
 
 }  // namespace kestrivane

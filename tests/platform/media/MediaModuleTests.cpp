@@ -15,7 +15,7 @@ namespace {
 class MediaModuleTest : public testing::Test {
  protected:
   void install(const FileURL& file) {
-    bundle_.auxiliaryExecutables.insert_or_assign(MediaModule::fileName, file);
+    bundle_.auxiliaryExecutables.insert_or_assign(mediaModule::fileName, file);
   }
 
   void installTheBuiltOne() { install(FileURL(KESTRIVANE_MEDIA_MODULE)); }
@@ -23,7 +23,7 @@ class MediaModuleTest : public testing::Test {
   /// The code of the error of opening a film; 0 for none.
   int codeOfOpening() {
     try {
-      module.open(sample("silent.mp4"));
+      open(sample("silent.mp4"));
       return 0;
     } catch (const PlatformError& error) {
       EXPECT_NE(error.localizedDescription(), "");
@@ -31,18 +31,17 @@ class MediaModuleTest : public testing::Test {
     }
   }
 
+  std::unique_ptr<OpenedMedia> open(const FileURL& url) { return mediaModule::open(bundle_, url); }
+
   const test::TemporaryFolder folder;
 
  private:
   test::FakeBundle bundle_;
-
- protected:
-  MediaModule module{bundle_};
 };
 
 TEST_F(MediaModuleTest, ExportsAFilm) {
   installTheBuiltOne();
-  const auto film = module.open(sample("silent.mp4"));
+  const auto film = open(sample("silent.mp4"));
   ASSERT_NE(film, nullptr);
   const FileURL result = folder.url("result.mov");
   film->exportTo(result, MediaFileType::quickTimeMovie);
@@ -52,12 +51,12 @@ TEST_F(MediaModuleTest, ExportsAFilm) {
 
 TEST_F(MediaModuleTest, HasNoFilmForWhatIsNone) {
   installTheBuiltOne();
-  EXPECT_EQ(module.open(folder.write("text.mov", "Dear diary")), nullptr);
+  EXPECT_EQ(open(folder.write("text.mov", "Dear diary")), nullptr);
 }
 
 TEST_F(MediaModuleTest, HandsOnTheErrorsOfTheAdapter) {
   installTheBuiltOne();
-  const auto film = module.open(sample("silent.mp4"));
+  const auto film = open(sample("silent.mp4"));
   ASSERT_NE(film, nullptr);
   EXPECT_THROW(film->exportTo(folder.url("no such folder/a.mov"), MediaFileType::quickTimeMovie),
                PlatformError);

@@ -76,7 +76,8 @@ class Updates : public testing::Test {
             .lastCheckFile = folder.url("state/last-update-check")};
   }
   std::unique_ptr<AppcastUpdater> makeUpdater(UpdateSource updateSource) {
-    return std::make_unique<AppcastUpdater>(std::move(updateSource), loop, loop, log, prompt);
+    return std::make_unique<AppcastUpdater>(std::move(updateSource), loop, loop, log, prompt,
+                                            download);
   }
 
   /// The feed offers version 2.0, whose archive the server has under `path`.

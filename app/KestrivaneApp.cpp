@@ -3,8 +3,6 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QFile>
-#include <QQmlComponent>
-#include <QQuickItem>
 #include <QStandardPaths>
 #include <chrono>
 #include <cstdlib>
@@ -20,8 +18,9 @@
 #include "platform/UUID.hpp"
 #include "platform/linux/desktop/DesktopOpenPanel.hpp"
 #include "platform/linux/desktop/DesktopUpdatePrompt.hpp"
+#include "platform/linux/desktop/LinuxPopover.hpp"
 #include "platform/linux/desktop/LinuxStatusBar.hpp"
-#include "platform/linux/desktop/QuickPopover.hpp"
+#include "platform/linux/desktop/PopoverModule.hpp"
 #include "platform/linux/desktop/SingleInstance.hpp"
 #include "platform/linux/desktop/XConnection.hpp"
 #include "platform/linux/events/InotifyFileEventService.hpp"
@@ -40,7 +39,6 @@
 #include "platform/qt/QtEventLoop.hpp"
 #include "state/L10n.hpp"
 #include "views/ViewModelObject.hpp"
-#include "views/Views.hpp"
 
 namespace kestrivane {
 namespace {
@@ -81,18 +79,6 @@ class KestrivaneApp::Program {
   }
 
  private:
-  std::unique_ptr<QQuickItem> makeContent(QQmlEngine& engine) {
-    addViews(engine);
-    viewModelObject_ = std::make_unique<ViewModelObject>(
-        viewModel_,
-        ViewModelObject::Actions{[this] { updater_.checkForUpdates(); }, [this] { quit(); }});
-    QQmlComponent component(&engine, contentViewURL());
-    std::unique_ptr<QObject> content(component.createWithInitialProperties(
-        {{"viewModel", QVariant::fromValue(viewModelObject_.get())}}));
-    if (!content) qFatal("%s", qUtf8Printable(component.errorString()));
-    return std::unique_ptr<QQuickItem>(qobject_cast<QQuickItem*>(content.release()));
-  }
-
   void notify(std::string body) {
     notificationCenter_->add({.identifier = makeUUIDString(),
                               .title = "Kestrivane",
@@ -172,8 +158,17 @@ class KestrivaneApp::Program {
                            [this] { return converters_.make(); });
 
   std::unique_ptr<XConnection> x_ = XConnection::ofApplication();
-  std::unique_ptr<ViewModelObject> viewModelObject_;
-  QuickPopover popover_{x_.get(), [this](QQmlEngine& engine) { return makeContent(engine); }};
+  ViewModelObject viewModelObject_{
+      viewModel_,
+      {.checkForUpdates = [this] { updater_.checkForUpdates(); }, .quit = [this] { quit(); }}};
+  LinuxPopover popover_{
+      x_.get(),
+      {.makeWindow = [this] { return popoverModule::makeWindow(bundle_, viewModelObject_); },
+       .onFailure =
+           [this](const std::string& reason) {
+             notify(L10n::choose("The window cannot be opened: ", "Не удалось открыть окно: ") +
+                    reason);
+           }}};
   LinuxStatusBar statusBar_{
       x_.get(),
       {.menu = {{[] { return L10n::choose("Open Kestrivane", "Открыть Kestrivane"); },

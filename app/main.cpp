@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QLoggingCategory>
-#include <QQuickWindow>
 #include <vector>
 
 #include "app/KestrivaneApp.hpp"
@@ -19,9 +18,6 @@ int main(int argc, char** argv) {
   replaceInheritedState();
   StopSignals::block();
 
-  // The popover is small and mostly still: drawing it on the processor takes a third of the memory
-  // and needs no driver.
-  QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
   QGuiApplication application(argc, argv);
   // From here on Qt's X11 part has nothing to say but that a tray maps our icon, as trays do.
   QLoggingCategory::setFilterRules("qt.qpa.xcb=false");

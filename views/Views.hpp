@@ -8,8 +8,7 @@
 
 namespace kestrivane {
 
-/// Makes the module "Kestrivane" known to `engine`, and with it everything in views/ and
-/// resources/.
+/// Makes the module "Kestrivane" known to `engine`.
 void addViews(QQmlEngine& engine);
 
 /// The popover's content, an Item of 360 x 540 points. Its required property `viewModel` is a

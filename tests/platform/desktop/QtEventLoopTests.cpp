@@ -1,6 +1,7 @@
 // The main loop of the application.
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <thread>
 #include <vector>
 
@@ -70,6 +71,7 @@ TEST(QtEventLoop, WakesUpForAnEarlierTimerThatAnotherThreadMakes) {
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  const QCoreApplication application(argc, argv);
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QGuiApplication application(argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -1,39 +1,41 @@
-// The popover: a window without a frame that shows one Qt Quick item.
+// The popover: a window without a frame beside the icon.
 //
 // On X11 the window manager is passed by, so that it can stand beside its icon; it closes when a
 // pointer button is pressed and released outside of it, unless what was dragged has ended inside.
 // On Wayland the compositor places it, and it closes when it loses the keyboard. Thread-safety: for
-// the main thread. Ownership: the X connection and what the content refers to outlive it. The
-// engine and the window are made when it is first shown, since they take memory.
+// the main thread. Ownership: the X connection and what the window shows outlive it. The window is
+// made when it is first shown, since it takes memory.
 #pragma once
 
 #include <QElapsedTimer>
-#include <QQmlEngine>
 #include <QTimer>
+#include <QWindow>
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "platform/Popover.hpp"
 #include "platform/linux/desktop/OutsidePresses.hpp"
 #include "platform/linux/desktop/XConnection.hpp"
 
-class QQuickItem;
-
 namespace kestrivane {
 
-class PopoverWindow;
-
-class QuickPopover final : public QObject, public Popover {
+class LinuxPopover final : public QObject, public Popover {
  public:
-  /// Makes what is shown, of the size that it is given; null (and a line in the log) on failure.
-  using ContentFactory = std::function<std::unique_ptr<QQuickItem>(QQmlEngine& engine)>;
+  struct Configuration {
+    /// Makes a window that fills itself with its content, and leaves the Escape key to the popover.
+    /// Throws `PlatformError`.
+    std::function<std::unique_ptr<QWindow>()> makeWindow;
+    /// Called with the reason when the popover was to be shown and there can be no window.
+    std::function<void(std::string reason)> onFailure;
+  };
 
   /// `connection` is null where there is no X server.
-  QuickPopover(XConnection* connection, ContentFactory makeContent);
-  QuickPopover(const QuickPopover&) = delete;
-  QuickPopover& operator=(const QuickPopover&) = delete;
-  ~QuickPopover() override;
+  LinuxPopover(XConnection* connection, Configuration configuration);
+  LinuxPopover(const LinuxPopover&) = delete;
+  LinuxPopover& operator=(const LinuxPopover&) = delete;
+  ~LinuxPopover() override;
 
   void setContentSize(PopoverSize size) override { size_ = size; }
   void setBehavior(PopoverBehavior behavior) override { behavior_ = behavior; }
@@ -48,7 +50,10 @@ class QuickPopover final : public QObject, public Popover {
   bool takeClosingClick();
 
  private:
-  void makeWindow();
+  /// Whether there is a window.
+  bool makeWindow();
+  /// Of the window.
+  bool eventFilter(QObject* object, QEvent* event) override;
   void pressedSomewhere();
   void watchPress();
   /// Whether the pointer is inside of the window.
@@ -56,7 +61,7 @@ class QuickPopover final : public QObject, public Popover {
   void lostKeyboard();
 
   XConnection* connection_;
-  ContentFactory makeContent_;
+  Configuration configuration_;
   PopoverSize size_{};
   PopoverBehavior behavior_ = PopoverBehavior::applicationDefined;
 
@@ -64,11 +69,10 @@ class QuickPopover final : public QObject, public Popover {
   QTimer release_;                           ///< looks for the end of a press outside
   bool isClosedByLatestPress_ = false;
   QElapsedTimer sinceKeyboardLoss_;  ///< on Wayland only
+  bool wantsKeyboard_ = false;       ///< as soon as the server shows the window
   xcb_window_t formerFocus_ = XCB_WINDOW_NONE;
 
-  std::unique_ptr<QQmlEngine> engine_;
-  std::unique_ptr<QQuickItem> content_;
-  std::unique_ptr<PopoverWindow> window_;  ///< goes before what it shows
+  std::unique_ptr<QWindow> window_;
 };
 
 }  // namespace kestrivane

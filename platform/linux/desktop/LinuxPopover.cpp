@@ -2,16 +2,17 @@
 #error "This adapter is for Linux."
 #endif
 
-#include "platform/linux/desktop/QuickPopover.hpp"
+#include "platform/linux/desktop/LinuxPopover.hpp"
 
 #include <QGuiApplication>
-#include <QPalette>
-#include <QQuickItem>
+#include <QKeyEvent>
+#include <QPainterPath>
+#include <QRegion>
 #include <QScreen>
 #include <utility>
 
+#include "platform/PlatformError.hpp"
 #include "platform/linux/desktop/PopoverPlacement.hpp"
-#include "platform/linux/desktop/PopoverWindow.hpp"
 #include "platform/linux/desktop/ScreenCoordinates.hpp"
 #include "platform/linux/desktop/StatusButton.hpp"
 
@@ -26,10 +27,19 @@ constexpr auto releaseInterval = 20ms;
 /// took it.
 constexpr auto sameClick = 300ms;
 
+constexpr double cornerRadius = 10;
+
+/// Without a compositor there is no transparency, and round corners have to be cut.
+QRegion roundedMask(QSize size) {
+  QPainterPath shape;
+  shape.addRoundedRect(QRectF(QPointF(0, 0), size), cornerRadius, cornerRadius);
+  return QRegion(shape.toFillPolygon().toPolygon());
+}
+
 }  // namespace
 
-QuickPopover::QuickPopover(XConnection* connection, ContentFactory makeContent)
-    : connection_(connection), makeContent_(std::move(makeContent)) {
+LinuxPopover::LinuxPopover(XConnection* connection, Configuration configuration)
+    : connection_(connection), configuration_(std::move(configuration)) {
   if (connection_ != nullptr) {
     presses_ = std::make_unique<OutsidePresses>(*connection_, [this] { pressedSomewhere(); });
   }
@@ -37,43 +47,39 @@ QuickPopover::QuickPopover(XConnection* connection, ContentFactory makeContent)
   release_.callOnTimeout(this, [this] { watchPress(); });
 }
 
-QuickPopover::~QuickPopover() = default;
+LinuxPopover::~LinuxPopover() = default;
 
-bool QuickPopover::isShown() const {
+bool LinuxPopover::isShown() const {
   return window_ && window_->isVisible();
 }
 
-void QuickPopover::showRelativeTo(StatusBarButton& button) {
-  if (!window_) makeWindow();
+void LinuxPopover::showRelativeTo(StatusBarButton& button) {
+  if (!window_ && !makeWindow()) return;
   const QRect anchor = static_cast<StatusButton&>(button).anchor();
   const QScreen* screen = anchor.isEmpty() ? nullptr : QGuiApplication::screenAt(anchor.center());
   if (screen == nullptr) screen = QGuiApplication::primaryScreen();
 
   const QSize size(static_cast<int>(size_.width), static_cast<int>(size_.height));
-  content_->setSize(size);
-  window_->setColor(QGuiApplication::palette().color(QPalette::Window));
   window_->setGeometry(QRect(placePopover(anchor, screen->availableGeometry(), size), size));
+  window_->setMask(roundedMask(size));
   window_->show();
   if (presses_ && behavior_ == PopoverBehavior::transient) presses_->listen();
 }
 
-void QuickPopover::makeKey() {
+void LinuxPopover::makeKey() {
   if (!isShown()) return;
   if (connection_ == nullptr) {
     window_->requestActivate();
-  } else if (window_->isExposed()) {
-    // The server refuses to focus a window that it does not show yet.
-    if (formerFocus_ == XCB_WINDOW_NONE) formerFocus_ = connection_->focus();
-    connection_->setFocus(static_cast<xcb_window_t>(window_->winId()));
-  } else {
-    window_->onExposed = [this] {
-      window_->onExposed = nullptr;
-      makeKey();
-    };
+    return;
   }
+  // The server refuses to focus a window that it does not show yet.
+  wantsKeyboard_ = !window_->isExposed();
+  if (wantsKeyboard_) return;
+  if (formerFocus_ == XCB_WINDOW_NONE) formerFocus_ = connection_->focus();
+  connection_->setFocus(static_cast<xcb_window_t>(window_->winId()));
 }
 
-void QuickPopover::performClose() {
+void LinuxPopover::performClose() {
   if (!isShown()) return;
   const xcb_window_t formerFocus = std::exchange(formerFocus_, XCB_WINDOW_NONE);
   // Whoever had the keyboard gets it back, unless the user has given it to another one.
@@ -85,27 +91,45 @@ void QuickPopover::performClose() {
   release_.stop();
 }
 
-bool QuickPopover::takeClosingClick() {
+bool LinuxPopover::takeClosingClick() {
   if (sinceKeyboardLoss_.isValid() && !sinceKeyboardLoss_.hasExpired(sameClick.count()))
     return true;
   return std::exchange(isClosedByLatestPress_, false);
 }
 
-void QuickPopover::makeWindow() {
-  engine_ = std::make_unique<QQmlEngine>();
-  content_ = makeContent_(*engine_);
-  window_ = std::make_unique<PopoverWindow>();
+bool LinuxPopover::makeWindow() {
+  try {
+    window_ = configuration_.makeWindow();
+  } catch (const PlatformError& error) {
+    configuration_.onFailure(error.localizedDescription());
+    return false;
+  }
   Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
   if (connection_ != nullptr) flags |= Qt::BypassWindowManagerHint;
   window_->setFlags(flags);
   window_->setTitle(QGuiApplication::applicationDisplayName());
-  window_->onEscape = [this] { performClose(); };
-  if (connection_ == nullptr) window_->onKeyboardLost = [this] { lostKeyboard(); };
-  content_->setParentItem(window_->contentItem());
-  content_->forceActiveFocus();
+  window_->installEventFilter(this);
+  return true;
 }
 
-void QuickPopover::pressedSomewhere() {
+bool LinuxPopover::eventFilter(QObject*, QEvent* event) {
+  switch (event->type()) {
+    case QEvent::Expose:
+      if (wantsKeyboard_) makeKey();
+      return false;
+    case QEvent::KeyPress:
+      if (static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape) return false;
+      performClose();
+      return true;
+    case QEvent::FocusOut:
+      if (connection_ == nullptr) lostKeyboard();
+      return false;
+    default:
+      return false;
+  }
+}
+
+void LinuxPopover::pressedSomewhere() {
   isClosedByLatestPress_ = false;
   if (!isShown()) {
     presses_->ignore();
@@ -116,7 +140,7 @@ void QuickPopover::pressedSomewhere() {
   if (!isOver(pointer)) release_.start();
 }
 
-void QuickPopover::watchPress() {
+void LinuxPopover::watchPress() {
   const auto pointer = connection_->pointer();
   if (pointer && pointer->isPressed) return;
   release_.stop();
@@ -125,11 +149,11 @@ void QuickPopover::watchPress() {
   isClosedByLatestPress_ = true;
 }
 
-bool QuickPopover::isOver(const std::optional<XConnection::Pointer>& pointer) const {
+bool LinuxPopover::isOver(const std::optional<XConnection::Pointer>& pointer) const {
   return pointer && window_->geometry().contains(fromNativePixels(pointer->position));
 }
 
-void QuickPopover::lostKeyboard() {
+void LinuxPopover::lostKeyboard() {
   if (behavior_ != PopoverBehavior::transient || !isShown()) return;
   performClose();
   sinceKeyboardLoss_.start();

@@ -16,11 +16,13 @@
 #include "cli/Converters.hpp"
 #include "cli/StopSignals.hpp"
 #include "platform/UUID.hpp"
+#include "platform/linux/desktop/ApplicationPalette.hpp"
 #include "platform/linux/desktop/DesktopOpenPanel.hpp"
 #include "platform/linux/desktop/DesktopUpdatePrompt.hpp"
 #include "platform/linux/desktop/LinuxPopover.hpp"
 #include "platform/linux/desktop/LinuxStatusBar.hpp"
 #include "platform/linux/desktop/PopoverModule.hpp"
+#include "platform/linux/desktop/PreferredAppearance.hpp"
 #include "platform/linux/desktop/SingleInstance.hpp"
 #include "platform/linux/desktop/XConnection.hpp"
 #include "platform/linux/events/InotifyFileEventService.hpp"
@@ -158,6 +160,7 @@ class KestrivaneApp::Program {
                            [this] { return converters_.make(); });
 
   std::unique_ptr<XConnection> x_ = XConnection::ofApplication();
+  PreferredAppearance appearance_{bus_, showAppearance};
   ViewModelObject viewModelObject_{
       viewModel_,
       {.checkForUpdates = [this] { updater_.checkForUpdates(); }, .quit = [this] { quit(); }}};

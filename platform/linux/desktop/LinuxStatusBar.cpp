@@ -4,6 +4,8 @@
 
 #include "platform/linux/desktop/LinuxStatusBar.hpp"
 
+#include <QEvent>
+#include <QGuiApplication>
 #include <QTimer>
 #include <chrono>
 
@@ -20,7 +22,7 @@ using namespace std::chrono_literals;
 /// When a session starts, the panel may come after the programs.
 constexpr auto patience = 4s;
 
-class LinuxStatusItem final : public StatusItem {
+class LinuxStatusItem final : public QObject, public StatusItem {
  public:
   LinuxStatusItem(XConnection* connection, const LinuxStatusBar::Configuration& configuration)
       : connection_(connection),
@@ -35,12 +37,18 @@ class LinuxStatusItem final : public StatusItem {
       if (!isSeen()) onUnseen();
     });
     waiting_.start(patience);
+    qApp->installEventFilter(this);
     settle();
   }
 
   StatusBarButton* button() override { return &button_; }
 
  private:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::ApplicationPaletteChange && button_.onChanged) button_.onChanged();
+    return false;
+  }
+
   bool isSeen() const { return window_ != nullptr || notifier_ != nullptr; }
 
   void trayChanged() {

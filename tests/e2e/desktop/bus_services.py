@@ -3,6 +3,8 @@
     bus_services.py watcher            a panel that shows status items: org.kde.StatusNotifierWatcher
     bus_services.py portal FOLDER...   a portal whose user chooses the folders: its file chooser
     bus_services.py portal             one whose user cancels
+    bus_services.py settings SCHEME    a portal whose user has chosen this color-scheme; another one
+                                       is chosen with its method Choose
 
 Prints "ready", then what it is told: the names of items that register, the options of dialogues.
 """
@@ -33,7 +35,7 @@ class Watcher(dbus.service.Object):
 
 
 class Portal(dbus.service.Object):
-    def __init__(self, bus, folders):
+    def __init__(self, bus, *folders):
         super().__init__(dbus.service.BusName(f"{PORTAL}.Desktop", bus), "/org/freedesktop/portal/desktop")
         self.folders_ = folders
 
@@ -53,16 +55,40 @@ class Portal(dbus.service.Object):
         return False
 
 
+class Settings(dbus.service.Object):
+    GROUP, KEY = "org.freedesktop.appearance", "color-scheme"
+
+    def __init__(self, bus, scheme):
+        super().__init__(dbus.service.BusName(f"{PORTAL}.Desktop", bus), "/org/freedesktop/portal/desktop")
+        self.scheme_ = dbus.UInt32(int(scheme), variant_level=2)
+
+    @dbus.service.method(f"{PORTAL}.Settings", in_signature="ss", out_signature="v")
+    def Read(self, group, key):
+        if (group, key) != (self.GROUP, self.KEY):
+            raise dbus.DBusException("There is no such setting.")
+        return self.scheme_
+
+    @dbus.service.method("test.Settings", in_signature="u")
+    def Choose(self, scheme):
+        self.scheme_ = dbus.UInt32(scheme, variant_level=2)
+        self.SettingChanged("org.example", self.KEY, dbus.UInt32(1))
+        self.SettingChanged(self.GROUP, self.KEY, dbus.UInt32(scheme))
+
+    @dbus.service.signal(f"{PORTAL}.Settings", signature="ssv")
+    def SettingChanged(self, group, key, value):
+        pass
+
+
 class Request(dbus.service.Object):
     @dbus.service.signal(f"{PORTAL}.Request", signature="ua{sv}")
     def Response(self, response, results):
         pass
 
 
-def main(kind, *folders):
+def main(kind, *arguments):
     dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
     bus = dbus.SessionBus()
-    service = Watcher(bus) if kind == "watcher" else Portal(bus, folders)
+    service = {"watcher": Watcher, "portal": Portal, "settings": Settings}[kind](bus, *arguments)
     print("ready", flush=True)
     GLib.MainLoop().run()
     del service

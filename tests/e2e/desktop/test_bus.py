@@ -4,16 +4,24 @@ import subprocess
 
 import dbus.bus
 from desktop import DesktopTestCase
+from PIL import ImageStat
 from waiting import waitUntil
+
+# What org.freedesktop.appearance color-scheme may be.
+NO_PREFERENCE, DARK, LIGHT = 0, 1, 2
 
 
 class Bus(DesktopTestCase):
+    def connect(self):
+        bus = dbus.bus.BusConnection(self.bus.address)
+        self.addCleanup(bus.close)
+        return bus
+
     def test_without_an_icon_tray_a_panel_gets_an_item_with_a_menu(self):
         panel = self.startService("watcher")
         self.start()
         name = panel.stdout.readline().strip()
-        bus = dbus.bus.BusConnection(self.bus.address)
-        self.addCleanup(bus.close)
+        bus = self.connect()
         item = bus.get_object(name, "/StatusNotifierItem")
         properties = item.GetAll("org.kde.StatusNotifierItem", dbus_interface=dbus.PROPERTIES_IFACE)
         self.assertEqual(properties["Status"], "Active")
@@ -52,6 +60,41 @@ class Bus(DesktopTestCase):
         popover = self.open()
         self.click(popover.x + 287, popover.y + 484)
         self.waitForMessages("Kestrivane: Updates come from your system's package manager.")
+
+    def startSettings(self, scheme):
+        """Starts a portal with this color-scheme; returns a function that chooses another one."""
+        self.startService("settings", str(scheme))
+        portal = self.connect().get_object(
+            "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop"
+        )
+        return lambda scheme: portal.Choose(scheme, dbus_interface="test.Settings")
+
+    def test_the_popover_is_as_dark_as_the_user_wants_the_desktop(self):
+        choose = self.startSettings(DARK)
+        self.startWithIcon()
+        popover = self.open()
+        isDark = lambda: sum(ImageStat.Stat(self.picture(popover.box())).mean) < 3 * 128  # noqa: E731
+        waitUntil(isDark, "a dark popover")
+        for scheme in (LIGHT, DARK, NO_PREFERENCE):
+            choose(scheme)
+            waitUntil(lambda: isDark() == (scheme == DARK), f"the appearance of {scheme}")
+
+    def test_the_item_of_a_panel_is_light_on_a_dark_desktop(self):
+        choose = self.startSettings(DARK)
+        panel = self.startService("watcher")
+        self.start()
+        item = self.connect().get_object(panel.stdout.readline().strip(), "/StatusNotifierItem")
+
+        def isLight():
+            _, _, pixels = item.Get(
+                "org.kde.StatusNotifierItem", "IconPixmap", dbus_interface=dbus.PROPERTIES_IFACE
+            )[0]
+            opaque = [pixels[at + 1] for at in range(0, len(pixels), 4) if pixels[at] == 255]
+            return min(opaque) > 128
+
+        waitUntil(isLight, "a light icon")
+        choose(LIGHT)
+        waitUntil(lambda: not isLight(), "a dark icon")
 
     def test_folders_are_chosen_in_the_portals_dialogue(self):
         first, second = self.makeFolder("first folder"), self.makeFolder("второй")

@@ -4,11 +4,12 @@
 
 #include "platform/linux/media/PictureConverter.hpp"
 
-#include <array>
+#include <cstdint>
 
 #include "platform/linux/media/MediaError.hpp"
 
 extern "C" {
+#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -20,6 +21,17 @@ constexpr int scalingFlags = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT
 bool isRGB(AVPixelFormat format) {
   const AVPixFmtDescriptor* const description = av_pix_fmt_desc_get(format);
   return description != nullptr && (description->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+}
+
+/// The lines of one of so many fields, in the memory of the whole frame.
+Frame fieldOf(const AVFrame& frame, int field, int fields) {
+  Frame part(allocated(av_frame_clone(&frame)));
+  part->height /= fields;
+  for (std::size_t plane = 0; plane < 4 && part->data[plane] != nullptr; ++plane) {
+    part->data[plane] += field * part->linesize[plane];
+    part->linesize[plane] *= fields;
+  }
+  return part;
 }
 
 }  // namespace
@@ -38,9 +50,12 @@ const AVFrame& PictureConverter::convert(const AVFrame& source) {
   const bool isInterlaced =
       source.interlaced_frame != 0 && source.height % 4 == 0 && source.height == target_.height;
   const int fields = isInterlaced ? 2 : 1;
-  prepareScaler(source, fields);
-  for (int field = 0; field < fields; ++field)
-    scale(source, field, fields);
+  prepareScaler({source.width, source.height / fields, static_cast<AVPixelFormat>(source.format)},
+                fields);
+  for (int field = 0; field < fields; ++field) {
+    checked(sws_scale_frame(scaler_.get(), fieldOf(*frame_, field, fields).get(),
+                            fieldOf(source, field, fields).get()));
+  }
   frame_->pts = source.pts;
   frame_->pkt_duration = source.pkt_duration;
   frame_->interlaced_frame = source.interlaced_frame;
@@ -48,35 +63,26 @@ const AVFrame& PictureConverter::convert(const AVFrame& source) {
   return *frame_;
 }
 
-void PictureConverter::scale(const AVFrame& source, int field, int fields) {
-  std::array<const std::uint8_t*, 4> from{};
-  std::array<int, 4> fromStride{};
-  std::array<std::uint8_t*, 4> to{};
-  std::array<int, 4> toStride{};
-  for (std::size_t plane = 0; plane < 4; ++plane) {
-    fromStride[plane] = source.linesize[plane] * fields;
-    toStride[plane] = frame_->linesize[plane] * fields;
-    if (source.data[plane] != nullptr)
-      from[plane] = source.data[plane] + field * source.linesize[plane];
-    if (frame_->data[plane] != nullptr)
-      to[plane] = frame_->data[plane] + field * frame_->linesize[plane];
-  }
-  checked(sws_scale(scaler_.get(), from.data(), fromStride.data(), 0, source.height / fields,
-                    to.data(), toStride.data()));
-}
-
-void PictureConverter::prepareScaler(const AVFrame& source, int fields) {
-  const auto format = static_cast<AVPixelFormat>(source.format);
-  SwsContext* const former = scaler_.get();
-  scaler_.reset(sws_getCachedContext(scaler_.release(), source.width, source.height / fields,
-                                     format, target_.width, target_.height / fields, target_.format,
-                                     scalingFlags, nullptr, nullptr, nullptr));
-  if (!scaler_) throw mediaError(AVERROR(EINVAL));
-  if (scaler_.get() == former) return;
+void PictureConverter::prepareScaler(const Layout& source, int fields) {
+  if (scaler_ && source == layout_) return;
+  scaler_.reset(allocated(sws_alloc_context()));
+  const auto set = [this](const char* option, std::int64_t value) {
+    checked(av_opt_set_int(scaler_.get(), option, value, 0));
+  };
+  set("srcw", source.width);
+  set("srch", source.height);
+  set("src_format", source.format);
+  set("dstw", target_.width);
+  set("dsth", target_.height / fields);
+  set("dst_format", target_.format);
+  set("sws_flags", scalingFlags);
+  set("threads", 0);  // as many as there are processors
+  checked(sws_init_context(scaler_.get(), nullptr, nullptr));
   const int* const matrix = sws_getCoefficients(target_.matrix);
   const int isFullRange = target_.range == AVCOL_RANGE_JPEG ? 1 : 0;
-  sws_setColorspaceDetails(scaler_.get(), matrix, isRGB(format) ? 1 : isFullRange, matrix,
+  sws_setColorspaceDetails(scaler_.get(), matrix, isRGB(source.format) ? 1 : isFullRange, matrix,
                            isFullRange, 0, 1 << 16, 1 << 16);
+  layout_ = source;
 }
 
 }  // namespace kestrivane

@@ -1,6 +1,7 @@
 // Brings decoded frames into the size and pixel format that the encoder takes.
 //
-// Thread-safety: none. Ownership: owns the frame that it hands out.
+// Thread-safety: none; the library scales on all processors. Ownership: owns the frame that it
+// hands out.
 #pragma once
 
 #include "platform/linux/media/LibavHandles.hpp"
@@ -25,11 +26,20 @@ class PictureConverter {
   const AVFrame& convert(const AVFrame& source);
 
  private:
-  void scale(const AVFrame& source, int field, int fields);
-  void prepareScaler(const AVFrame& source, int fields);
+  /// What the scaler was made for.
+  struct Layout {
+    int width = 0;
+    int height = 0;
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+
+    friend bool operator==(const Layout&, const Layout&) = default;
+  };
+
+  void prepareScaler(const Layout& source, int fields);
 
   const Target target_;
   Frame frame_;
+  Layout layout_;
   Scaler scaler_;
 };
 

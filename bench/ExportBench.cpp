@@ -37,7 +37,8 @@ int main(int argc, char** argv) {
   returnLargeBlocksWhenFreed();
   RunLoop loop;
   const auto dispatch = LinuxDispatch::create(loop);
-  const LinuxAssetExporter exporter(dispatch->longWorkQueue(), openMedia);
+  const LinuxAssetExporter exporter(dispatch->longWorkQueue(), dispatch->longWorkQueue(),
+                                    openMedia);
   const VideoConverter converter(exporter);
   TaskScope scope(loop);
   scope.spawn(convert(&converter, FileURL(argv[1]), FileURL(argv[2]), &loop));

@@ -6,12 +6,20 @@
 #include "platform/linux/media/MediaModule.hpp"
 
 namespace kestrivane {
+namespace {
+
+/// Each takes all processors, and several hundred megabytes for a film of high resolution. More
+/// than one at a time, so that a short film does not wait for hours behind a long one.
+constexpr int encodingsAtOnce = 4;
+
+}  // namespace
 
 Converters::Converters(const FileManager& fileManager, UnifiedLog& log, Dispatch& dispatch)
     : fileManager_(fileManager),
       log_(log),
       dispatch_(dispatch),
-      assetExporter_(dispatch.longWorkQueue(),
+      encodingQueue_(dispatch.longWorkQueue(), encodingsAtOnce),
+      assetExporter_(dispatch.longWorkQueue(), encodingQueue_,
                      [this](const FileURL& url) { return mediaModule::open(bundle_, url); }) {}
 
 std::vector<std::shared_ptr<const FileConverter>> Converters::make() {
@@ -19,8 +27,8 @@ std::vector<std::shared_ptr<const FileConverter>> Converters::make() {
       std::make_shared<ImageConverter>(imageIO_,
                                        dispatch_.globalQueue(QualityOfService::userInitiated)),
       std::make_shared<VideoConverter>(assetExporter_),
-      std::make_shared<FFmpegConverter>(FFmpegConverter::Services{bundle_, fileManager_, process_,
-                                                                  log_, dispatch_.longWorkQueue()}),
+      std::make_shared<FFmpegConverter>(
+          FFmpegConverter::Services{bundle_, fileManager_, process_, log_, encodingQueue_}),
   };
 }
 

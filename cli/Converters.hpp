@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "async/LimitedQueue.hpp"
 #include "engine/FileConverter.hpp"
 #include "platform/Dispatch.hpp"
 #include "platform/FileManager.hpp"
@@ -31,6 +32,7 @@ class Converters {
   UnifiedLog& log_;
   Dispatch& dispatch_;
   LinuxImageIO imageIO_;
+  LimitedQueue encodingQueue_;
   LinuxBundle bundle_ = LinuxBundle::ofThisProgram();
   LinuxAssetExporter assetExporter_;
   LinuxProcess process_;

@@ -4,6 +4,8 @@ add_library(kestrivane_core STATIC
   async/Continuation.hpp
   async/EventLoop.hpp
   async/Executor.hpp
+  async/LimitedQueue.cpp
+  async/LimitedQueue.hpp
   async/RunOn.hpp
   async/Sleep.hpp
   async/Task.hpp

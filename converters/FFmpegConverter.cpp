@@ -70,7 +70,7 @@ Task<void> FFmpegConverter::convert(FileURL sourceURL, FileURL destinationURL) c
   const auto work = [run, &process = services_.process, &fileManager = services_.fileManager] {
     runTool(run, process, fileManager);
   };
-  co_await runOn(services_.longWorkQueue, work);
+  co_await runOn(services_.encodingQueue, work);
 }
 
 FileURL FFmpegConverter::findTool() const {

@@ -1,9 +1,8 @@
 // Converts to and from WebM, and videos to MP3, by the `ffmpeg` tool that is installed with the
 // program.
 //
-// Thread-safety: called on the main thread; the tool is waited for on the long-work queue, where
-// any number of conversions may be under way at once. Ownership: refers to the services, which
-// outlive it.
+// Thread-safety: called on the main thread; the tool is waited for on the queue for encoding, where
+// each conversion has its turn. Ownership: refers to the services, which outlive it.
 #pragma once
 
 #include <memory>
@@ -26,7 +25,7 @@ class FFmpegConverter final : public FileConverter {
     const FileManager& fileManager;
     Process& process;
     UnifiedLog& log;
-    Executor& longWorkQueue;
+    Executor& encodingQueue;
   };
 
   explicit FFmpegConverter(const Services& services);

@@ -12,6 +12,7 @@
 #include "app/macos/MacPopover.hpp"
 #include "app/macos/MacStatusBar.hpp"
 #include "app/macos/SparkleUpdater.hpp"
+#include "async/LimitedQueue.hpp"
 #include "async/TaskScope.hpp"
 #include "converters/FFmpegConverter.hpp"
 #include "converters/ImageConverter.hpp"
@@ -59,7 +60,7 @@ class KestrivaneApp::Program {
                                          dispatch_.globalQueue(QualityOfService::userInitiated)),
         std::make_shared<VideoConverter>(assetExporter_),
         std::make_shared<FFmpegConverter>(FFmpegConverter::Services{
-            bundle_, fileManager_, process_, log_, dispatch_.longWorkQueue()}),
+            bundle_, fileManager_, process_, log_, encodingQueue_}),
     };
   }
 
@@ -101,6 +102,8 @@ class KestrivaneApp::Program {
   MacDispatch dispatch_{loop_};
   MacImageIO imageIO_;
   MacAssetExporter assetExporter_;
+  // AVFoundation bounds by itself what it does at once; this is for the tool.
+  LimitedQueue encodingQueue_{dispatch_.longWorkQueue(), 4};
   MacProcess process_;
   SparkleUpdater updater_;
   MacFileEventService fileEvents_;

@@ -18,11 +18,12 @@ CLIPS = SAMPLES / "media"
 FAILED = "Conversion error: Conversion error: Error processing WebM."
 MISSING = "Conversion error: Internal conversion component is missing."
 
-# Writes the identifier of its process into "started", waits for a line in the pipe "go", and copies.
+# Writes the identifier of its process into "started", waits for a line in a pipe of its own, and copies.
 WAITING_TOOL = """#!/bin/sh
 cd "$(dirname "$0")"
+mkfifo go-$$
 echo $$ >> started
-read line < go
+read line < go-$$
 exec cp "$3" "$4"
 """
 
@@ -60,7 +61,7 @@ class ToolTestCase(WatchTestCase):
 
     def installWaitingTool(self):
         self.install(WAITING_TOOL)
-        os.mkfifo(self.auxiliary / "go")
+        self.toolsGone = 0
 
     def startInstalled(self, *folders, **options):
         return self.start(*folders, launcher=(self.installed,), **options)
@@ -75,8 +76,9 @@ class ToolTestCase(WatchTestCase):
         return self.startedTools()
 
     def letToolsGo(self, count):
-        for _ in range(count):
-            (self.auxiliary / "go").write_text("go\n")
+        for tool in self.startedTools()[self.toolsGone :][:count]:
+            (self.auxiliary / f"go-{tool}").write_text("go\n")
+        self.toolsGone += count
 
     def forgetTemporaryFiles(self):
         """What a failing tool has begun to write stays; returns how many files that were."""
@@ -300,6 +302,32 @@ class LongConversions(ToolTestCase):
         self.assertPicture("pictures/photo.jpg", "jpg", SMALL)
         self.letToolsGo(4)
         self.watch.waitForLines(5)
+
+    def test_a_tool_waits_for_its_turn_and_nothing_else_does(self):
+        self.installWaitingTool()
+        folders = [self.folder / name for name in ("first", "second", "third", "others")]
+        for folder in folders:
+            folder.mkdir()
+        films = [f"{folder}/{number}" for folder in ("first", "second", "third") for number in (1, 2)]
+        for film in films:
+            self.put(b"a long film", f"{film}.mp4")
+        self.put(smallPicture(self.base), "others/photo.png")
+        self.put(CLIPS / "silent.mp4", "others/copied.mp4")
+        self.startInstalled(*folders)
+        for film in films:
+            self.rename(f"{film}.mp4", f"{film}.webm")
+        self.waitForTools(4)
+        self.rename("others/photo.png", "others/photo.jpg")
+        self.watch.waitForLine(success("photo.png", "photo.jpg"))
+        self.rename("others/copied.mp4", "others/copied.mov")
+        self.watch.waitForLine(success("copied.mp4", "copied.mov"))
+        self.assertEqual(len(self.startedTools()), 4)
+        self.letToolsGo(1)
+        self.waitForTools(5)
+        self.letToolsGo(1)
+        self.waitForTools(6)
+        self.letToolsGo(4)
+        self.watch.waitForLines(8)
 
 
 class Installation(ToolTestCase):

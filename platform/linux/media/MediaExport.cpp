@@ -33,8 +33,12 @@ std::unique_ptr<Track> makeTrack(const AVStream& source, Treatment treatment,
   return std::make_unique<EncodedSoundTrack>(source, startTime, output);
 }
 
+bool hasEncoding(const std::vector<Treatment>& treatments) {
+  return std::ranges::find(treatments, Treatment::encode) != treatments.end();
+}
+
 // Minutes of encoding must not make a picture wait that is converted meanwhile. The codecs' threads
-// inherit it from this one, which does nothing else until it ends.
+// inherit it from this one, which does nothing but such work until it ends.
 void yieldToShortWork() {
   constexpr int niceness = 5;
   ::setpriority(PRIO_PROCESS, 0, niceness);  // of this thread alone
@@ -42,7 +46,7 @@ void yieldToShortWork() {
 
 Tracks makeTracks(const MediaInput& input, MediaOutput& output) {
   const std::vector<Treatment> treatments = planTracks(input.streams(), output.fileType());
-  if (std::ranges::find(treatments, Treatment::encode) != treatments.end()) yieldToShortWork();
+  if (hasEncoding(treatments)) yieldToShortWork();
   Tracks tracks;
   for (std::size_t i = 0; i < treatments.size(); ++i) {
     AVStream& source = *input.streams()[i];
@@ -89,6 +93,10 @@ void convey(MediaInput& input, const Tracks& tracks) {
 }
 
 }  // namespace
+
+bool needsEncoding(const MediaInput& input, MediaFileType fileType) {
+  return hasEncoding(planTracks(input.streams(), fileType));
+}
 
 void exportMedia(MediaInput& input, const FileURL& destination, MediaFileType fileType) {
   input.throwIfCutOff();

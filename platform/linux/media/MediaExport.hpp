@@ -10,6 +10,10 @@
 
 namespace kestrivane {
 
+/// Whether a track must be encoded anew, which takes minutes and all processors. Throws
+/// `PlatformError` when the export would.
+bool needsEncoding(const MediaInput& input, MediaFileType fileType);
+
 /// Reads `input` to its end and writes the file at `destination`, where nothing is. Throws
 /// `PlatformError`; then nothing is left at `destination`.
 void exportMedia(MediaInput& input, const FileURL& destination, MediaFileType fileType);

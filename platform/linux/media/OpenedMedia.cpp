@@ -17,6 +17,10 @@ class OpenedFilm final : public OpenedMedia {
  public:
   explicit OpenedFilm(std::unique_ptr<MediaInput> input) : input_(std::move(input)) {}
 
+  bool needsEncoding(MediaFileType fileType) override {
+    return kestrivane::needsEncoding(*input_, fileType);
+  }
+
   void exportTo(const FileURL& destination, MediaFileType fileType) override {
     exportMedia(*input_, destination, fileType);
   }

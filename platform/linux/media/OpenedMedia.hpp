@@ -20,6 +20,9 @@ class OpenedMedia {
   OpenedMedia& operator=(const OpenedMedia&) = delete;
   virtual ~OpenedMedia() = default;
 
+  /// Whether `exportTo` will encode anything, which takes long.
+  virtual bool needsEncoding(MediaFileType fileType) = 0;
+
   /// To be called once. Throws `PlatformError`; then nothing is left at `destination`.
   virtual void exportTo(const FileURL& destination, MediaFileType fileType) = 0;
 };

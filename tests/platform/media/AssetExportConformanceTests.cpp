@@ -62,7 +62,7 @@ class LinuxLibrary final : public Library {
 
  private:
   test::TemporaryFolder folder_;
-  LinuxAssetExporter exporter_{loop, openMedia};
+  LinuxAssetExporter exporter_{loop, loop, openMedia};
   std::string prefix_;
 };
 

@@ -55,7 +55,7 @@ class Exporting {
 
  private:
   test::VirtualLoop loop_;
-  LinuxAssetExporter exporter_{loop_, openMedia};
+  LinuxAssetExporter exporter_{loop_, loop_, openMedia};
   int count_ = 0;
 };
 

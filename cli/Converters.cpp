@@ -27,8 +27,8 @@ std::vector<std::shared_ptr<const FileConverter>> Converters::make() {
       std::make_shared<ImageConverter>(imageIO_,
                                        dispatch_.globalQueue(QualityOfService::userInitiated)),
       std::make_shared<VideoConverter>(assetExporter_),
-      std::make_shared<FFmpegConverter>(
-          FFmpegConverter::Services{bundle_, fileManager_, process_, log_, encodingQueue_}),
+      std::make_shared<FFmpegConverter>(FFmpegConverter::Services{
+          bundle_, fileManager_, process_, mediaInspector_, log_, encodingQueue_}),
   };
 }
 

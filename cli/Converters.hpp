@@ -15,6 +15,7 @@
 #include "platform/Logger.hpp"
 #include "platform/linux/images/LinuxImageIO.hpp"
 #include "platform/linux/media/LinuxAssetExporter.hpp"
+#include "platform/linux/media/LinuxMediaInspector.hpp"
 #include "platform/linux/system/LinuxBundle.hpp"
 #include "platform/linux/system/LinuxProcess.hpp"
 
@@ -36,6 +37,7 @@ class Converters {
   LinuxBundle bundle_ = LinuxBundle::ofThisProgram();
   LinuxAssetExporter assetExporter_;
   LinuxProcess process_;
+  LinuxMediaInspector mediaInspector_{bundle_};
 };
 
 }  // namespace kestrivane

@@ -42,6 +42,7 @@ add_library(kestrivane_core STATIC
   platform/ImageIO.hpp
   platform/Locale.hpp
   platform/Logger.hpp
+  platform/MediaInspector.hpp
   platform/NotificationCenter.hpp
   platform/OpenPanel.hpp
   platform/PlatformError.hpp

@@ -32,18 +32,19 @@ struct ToolRun {
   std::string failureText;
 };
 
-/// The tool exits with status 0 also when the end of its output did not fit on the disk.
-bool succeeds(const ToolRun& run, Process& process, const FileManager& fileManager) {
-  return process.run(run.tool, toolArguments(run.sourceURL, run.destinationURL)) == 0 &&
-         fileManager.hasRoom(run.destinationURL.deletingLastPathComponent());
+/// The tool exits with status 0 also when the end of its output did not fit on the disk, and when
+/// the source could not be read to its end.
+bool succeeds(const ToolRun& run, const FFmpegConverter::Services& services) {
+  return services.process.run(run.tool, toolArguments(run.sourceURL, run.destinationURL)) == 0 &&
+         services.fileManager.hasRoom(run.destinationURL.deletingLastPathComponent()) &&
+         !services.mediaInspector.isCutShort(run.destinationURL, run.sourceURL);
 }
 
 /// A failure of the tool is described twice over: as the error that it is, and as the reason of the
 /// one that is thrown.
-void runTool(const ToolRun& run, Process& process, const FileManager& fileManager) {
+void runTool(const ToolRun& run, const FFmpegConverter::Services& services) {
   try {
-    if (!succeeds(run, process, fileManager))
-      throw ConversionError::conversionFailed(run.failureText);
+    if (!succeeds(run, services)) throw ConversionError::conversionFailed(run.failureText);
   } catch (...) {
     throw ConversionError::conversionFailed(localizedDescription(std::current_exception()));
   }
@@ -67,9 +68,7 @@ bool FFmpegConverter::canConvert(std::string_view from, std::string_view to) con
 Task<void> FFmpegConverter::convert(FileURL sourceURL, FileURL destinationURL) const {
   const ToolRun run = {findTool(), std::move(sourceURL), std::move(destinationURL),
                        L10n::choose("Error processing WebM.", "Ошибка при обработке WebM.")};
-  const auto work = [run, &process = services_.process, &fileManager = services_.fileManager] {
-    runTool(run, process, fileManager);
-  };
+  const auto work = [run, services = services_] { runTool(run, services); };
   co_await runOn(services_.encodingQueue, work);
 }
 

@@ -14,6 +14,7 @@
 #include "platform/Bundle.hpp"
 #include "platform/FileManager.hpp"
 #include "platform/Logger.hpp"
+#include "platform/MediaInspector.hpp"
 #include "platform/Process.hpp"
 
 namespace kestrivane {
@@ -24,6 +25,7 @@ class FFmpegConverter final : public FileConverter {
     const Bundle& bundle;
     const FileManager& fileManager;
     Process& process;
+    const MediaInspector& mediaInspector;
     UnifiedLog& log;
     Executor& encodingQueue;
   };

@@ -24,6 +24,7 @@
 #include "platform/macos/MacFileManager.hpp"
 #include "platform/macos/MacImageIO.hpp"
 #include "platform/macos/MacLogger.hpp"
+#include "platform/macos/MacMediaInspector.hpp"
 #include "platform/macos/MacNotificationCenter.hpp"
 #include "platform/macos/MacOpenPanel.hpp"
 #include "platform/macos/MacProcess.hpp"
@@ -60,7 +61,7 @@ class KestrivaneApp::Program {
                                          dispatch_.globalQueue(QualityOfService::userInitiated)),
         std::make_shared<VideoConverter>(assetExporter_),
         std::make_shared<FFmpegConverter>(FFmpegConverter::Services{
-            bundle_, fileManager_, process_, log_, encodingQueue_}),
+            bundle_, fileManager_, process_, mediaInspector_, log_, encodingQueue_}),
     };
   }
 
@@ -105,6 +106,7 @@ class KestrivaneApp::Program {
   // AVFoundation bounds by itself what it does at once; this is for the tool.
   LimitedQueue encodingQueue_{dispatch_.longWorkQueue(), 4};
   MacProcess process_;
+  MacMediaInspector mediaInspector_;
   SparkleUpdater updater_;
   MacFileEventService fileEvents_;
   TaskScope tasks_{loop_};

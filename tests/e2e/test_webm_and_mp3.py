@@ -183,13 +183,13 @@ class BadInput(ToolTestCase):
 
 
 class BadTool(ToolTestCase):
-    def assertFails(self, tool, *lines):
+    def assertFails(self, tool, *lines, content=CLIPS / "vp9.webm"):
         self.install(tool)
-        self.put(CLIPS / "vp9.webm", "clip.webm")
+        self.put(content, "clip.webm")
         self.startInstalled()
         self.rename("clip.webm", "clip.mp4", reverted="clip.webm")
         self.assertPrinted(*lines)
-        self.assertEqual(self.read("clip.webm"), (CLIPS / "vp9.webm").read_bytes())
+        self.assertEqual(self.read("clip.webm"), content.read_bytes())
 
     def test_a_missing_tool(self):
         self.assertFails(None, *failure(MISSING, "clip.mp4", "webm"))
@@ -233,6 +233,23 @@ class BadTool(ToolTestCase):
         self.rename("clip.webm", "clip.mp4")
         self.assertPrinted(success("clip.webm", "clip.mp4"))
         self.assertEqual(self.read("clip.mp4"), b"as it is")
+
+    def test_a_tool_that_loses_the_end_and_says_nothing(self):
+        # As it does when its source cannot be read any further, or the disk is full for a while.
+        film = self.base / "film.webm"
+        picture = ["-f", "lavfi", "-i", "testsrc=s=64x64:r=10:d=4"]
+        output("ffmpeg", "-v", "error", *picture, "-deadline", "realtime", film)
+        self.assertFails(
+            '#!/bin/sh\nexec ffmpeg -v quiet -y -i "$3" -t 2 "$4"\n',
+            *failure(FAILED, "clip.mp4", "webm"),
+            content=film,
+        )
+        self.assertEqual(self.forgetTemporaryFiles(), 1)
+
+    def test_a_tool_that_leaves_no_film_and_says_nothing(self):
+        tool = '#!/bin/sh\necho "no film" > "$4"\n'
+        self.assertFails(tool, *failure(FAILED, "clip.mp4", "webm"))
+        self.assertEqual(self.forgetTemporaryFiles(), 1)
 
     def test_a_tool_finds_nothing_to_read_on_standard_input(self):
         self.install('#!/bin/sh\nreadlink /proc/self/fd/0 > "$4"\n')
@@ -302,6 +319,7 @@ class LongConversions(ToolTestCase):
         self.assertPicture("pictures/photo.jpg", "jpg", SMALL)
         self.letToolsGo(4)
         self.watch.waitForLines(5)
+
 
     def test_a_tool_waits_for_its_turn_and_nothing_else_does(self):
         self.installWaitingTool()

@@ -1,5 +1,7 @@
+#include <cerrno>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -9,6 +11,7 @@
 #include "tests/support/FakeBundle.hpp"
 #include "tests/support/FakeLocale.hpp"
 #include "tests/support/FakeLog.hpp"
+#include "tests/support/FakeMediaInspector.hpp"
 #include "tests/support/FakeProcess.hpp"
 #include "tests/support/RunTask.hpp"
 
@@ -50,8 +53,9 @@ class FFmpegConverterTest : public testing::Test {
   InMemoryFileSystem files;
   FakeBundle bundle;
   FakeProcess process{files};
+  FakeMediaInspector inspector;
   FakeLog log;
-  FFmpegConverter converter{{bundle, files, process, log, loop}};
+  FFmpegConverter converter{{bundle, files, process, inspector, log, loop}};
 };
 
 struct PairCase {
@@ -162,6 +166,28 @@ TEST_F(FFmpegConverterTest, ADiskThatIsFullAfterwardsIsAFailureWhateverTheToolSa
   EXPECT_EQ(failure(), "Conversion error: Conversion error: Error processing WebM.");
 }
 
+TEST_F(FFmpegConverterTest, AResultThatIsCutShortIsAFailureWhateverTheToolSays) {
+  files.writeFile(toolPath, "exit 0");
+  inspector.findsCutShort = true;
+  EXPECT_EQ(failure(), "Conversion error: Conversion error: Error processing WebM.");
+  EXPECT_EQ(inspector.comparisons,
+            (std::vector{std::pair<std::string, std::string>("/tmp/1.webm", "/w/clip.webm")}));
+  const LanguageGuard russian("ru");
+  EXPECT_EQ(failure(), "Ошибка конвертации: Ошибка конвертации: Ошибка при обработке WebM.");
+}
+
+TEST_F(FFmpegConverterTest, ASourceThatCannotBeReadToItsEndFailsWithTheSystemsText) {
+  files.writeFile(toolPath, "exit 0");
+  inspector.failure = PlatformError(EIO, "Input/output error");
+  EXPECT_EQ(failure(), "Conversion error: Input/output error");
+}
+
+TEST_F(FFmpegConverterTest, AToolThatFailsIsNotLookedAfter) {
+  files.writeFile(toolPath, "exit 1");
+  failure();
+  EXPECT_TRUE(inspector.comparisons.empty());
+}
+
 TEST_F(FFmpegConverterTest, AToolThatCannotBeStartedFailsWithTheSystemsText) {
   files.writeFile(toolPath, "no program");
   EXPECT_EQ(failure(), "Conversion error: Exec format error");
@@ -190,7 +216,7 @@ Task<void> convertAndNote(const FFmpegConverter* converter, bool* ended) {
 TEST_F(FFmpegConverterTest, RunsTheToolOnItsQueueAndNotOnTheCallersLoop) {
   files.writeFile(toolPath, "exit 0");
   VirtualLoop queue;
-  const FFmpegConverter queued({bundle, files, process, log, queue});
+  const FFmpegConverter queued({bundle, files, process, inspector, log, queue});
   TaskScope scope(loop);
   bool ended = false;
   scope.spawn(convertAndNote(&queued, &ended));

@@ -93,6 +93,12 @@ bool MediaInput::read(AVPacket& packet) {
   return true;
 }
 
+bool MediaInput::readWhatIsThere(AVPacket& packet) {
+  if (av_read_frame(format_, &packet) >= 0) return true;
+  checked(format_->pb->error);
+  return false;
+}
+
 // The libraries take the end of a file that was cut off for the end of the film.
 void MediaInput::throwIfCutOff() const {
   const std::int64_t size = file_->size();

@@ -38,6 +38,10 @@ class MediaInput {
   /// `PlatformError` when the file cannot be read or is damaged, cut off for instance.
   bool read(AVPacket& packet);
 
+  /// As `read`, but takes damage and a missing end for the end. Throws `PlatformError` only when
+  /// the system cannot read the file.
+  bool readWhatIsThere(AVPacket& packet);
+
   /// Throws `PlatformError` when a part of a track that is known by now lies beyond the end of the
   /// file.
   void throwIfCutOff() const;

@@ -13,12 +13,20 @@
 namespace kestrivane::mediaModule {
 
 inline constexpr auto fileName = "kestrivane-media.so";
-inline constexpr auto entryName = "kestrivaneOpenMedia";
+
 /// `openMedia`. The caller owns the result.
-using Entry = OpenedMedia*(const FileURL& url);
+inline constexpr auto openName = "kestrivaneOpenMedia";
+using Open = OpenedMedia*(const FileURL& url);
+
+/// `isCutShort`.
+inline constexpr auto isCutShortName = "kestrivaneIsMediaCutShort";
+using IsCutShort = bool(const FileURL& result, const FileURL& source);
 
 /// As `openMedia`, by way of the module of `bundle`. Throws `PlatformError` also when that cannot
 /// be loaded.
 std::unique_ptr<OpenedMedia> open(const Bundle& bundle, const FileURL& url);
+
+/// As `MediaInspector::isCutShort`, in the same way.
+bool isCutShort(const Bundle& bundle, const FileURL& result, const FileURL& source);
 
 }  // namespace kestrivane::mediaModule

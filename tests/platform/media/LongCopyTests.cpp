@@ -56,7 +56,7 @@ TEST(LongCopy, takesLittleMoreMemoryThanAShortOne) {
   ASSERT_GT(test::contentOf(longFilm).size(), bytesOfSound);
   const long forShort = memoryToCopy(film("short.mov", 1), folder.url("short copy.mov"));
   const long forLong = memoryToCopy(longFilm, folder.url("long copy.mov"));
-  EXPECT_EQ(test::contentOf(folder.url("long copy.mov")).size() > bytesOfSound, true);
+  EXPECT_GT(test::contentOf(folder.url("long copy.mov")).size(), bytesOfSound);
   EXPECT_LT(forLong - forShort, 32) << "MiB, of a film of 115 MB";
 }
 

@@ -33,6 +33,10 @@ class MediaModuleTest : public testing::Test {
 
   std::unique_ptr<OpenedMedia> open(const FileURL& url) { return mediaModule::open(bundle_, url); }
 
+  bool isCutShort(const FileURL& result, const FileURL& source) {
+    return mediaModule::isCutShort(bundle_, result, source);
+  }
+
   const test::TemporaryFolder folder;
 
  private:
@@ -60,6 +64,14 @@ TEST_F(MediaModuleTest, HandsOnTheErrorsOfTheAdapter) {
   ASSERT_NE(film, nullptr);
   EXPECT_THROW(film->exportTo(folder.url("no such folder/a.mov"), MediaFileType::quickTimeMovie),
                PlatformError);
+}
+
+TEST_F(MediaModuleTest, ComparesFilms) {
+  installTheBuiltOne();
+  const FileURL half = folder.url("half.mp4");
+  make("-i " + sample("silent.mp4").path() + " -t 0.3 " + half.path());
+  EXPECT_FALSE(isCutShort(sample("silent.mp4"), half));
+  EXPECT_TRUE(isCutShort(folder.write("none.mp4", ""), half));
 }
 
 TEST_F(MediaModuleTest, OneThatIsMissingIsAnError) {

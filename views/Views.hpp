@@ -8,7 +8,8 @@
 
 namespace kestrivane {
 
-/// Makes the module "Kestrivane" known to `engine`.
+/// Makes the module "Kestrivane" known to `engine`. Its pictures are in the artwork of resources/,
+/// which the program links.
 void addViews(QQmlEngine& engine);
 
 /// The popover's content, an Item of 360 x 540 points. Its required property `viewModel` is a

@@ -3,8 +3,10 @@
 import json
 import pathlib
 import resource
+import shutil
 import subprocess
 
+import harness
 from harness import WatchTestCase, failure, success
 from pictures import SAMPLES, smallPicture
 from waiting import output, waitUntil
@@ -72,6 +74,23 @@ class Loading(VideoTestCase):
         self.rename("clip.mp4", "clip.mov")
         self.assertPrinted(success("photo.png", "photo.jpg"), success("clip.mp4", "clip.mov"))
         self.assertIn("libavcodec", self.maps())
+
+    def test_without_its_module_a_film_gets_its_old_name_back(self):
+        installed = self.base / "installed"
+        module = installed / "libexec/kestrivane/kestrivane-media.so"
+        module.parent.mkdir(parents=True)
+        (installed / "bin").mkdir()
+        for name in ("first.mp4", "second.mp4"):
+            self.put(FILMS / "silent.mp4", name)
+        self.start(launcher=(shutil.copy(harness.program, installed / "bin"),))
+        unusable = "A part of Kestrivane cannot be loaded: "
+        self.rename("first.mp4", "first.mov", reverted="first.mp4")
+        missing = failure(unusable + module.name, "first.mov", "mp4")
+        self.assertPrinted(*missing)
+        module.write_text("no module")
+        self.rename("second.mp4", "second.mov", reverted="second.mp4")
+        broken = failure(f"{unusable}{module}: file too short", "second.mov", "mp4")
+        self.assertPrinted(*missing, *broken)
 
 
 class Copies(VideoTestCase):

@@ -27,6 +27,12 @@ class MediaReach : public testing::Test {
                 "-i " + source.path() + settings + limits);
   }
 
+  FileURL filmOfTwelveSeconds() {
+    return made("film.mkv",
+                "-f lavfi -i testsrc=s=64x64:r=10:d=12 -f lavfi -i sine=d=12 "
+                "-c:v libx264 -preset ultrafast -c:a aac");
+  }
+
   FileURL cutOff(const FileURL& film, double share) {
     const std::string bytes = test::contentOf(film);
     const auto size = static_cast<std::size_t>(static_cast<double>(bytes.size()) * share);
@@ -104,9 +110,7 @@ TEST_F(MediaReach, AClockThatJumpsIsNotMissed) {
 }
 
 TEST_F(MediaReach, WhatIsCutOffIsFound) {
-  const FileURL film = made("film.mkv",
-                            "-f lavfi -i testsrc=s=64x64:r=10:d=12 -f lavfi -i sine=d=12 "
-                            "-c:v libx264 -preset ultrafast -c:a aac");
+  const FileURL film = filmOfTwelveSeconds();
   for (const char* const extension : {"webm", "mp3", "mp4", "mov", "m4v", "mkv", "wav"}) {
     const FileURL whole = converted(film, extension);
     EXPECT_FALSE(isCutShort(whole, film)) << extension;
@@ -134,9 +138,7 @@ TEST_F(MediaReach, WhatIsUnknownIsNotJudged) {
 }
 
 TEST_F(MediaReach, ASourceThatIsItselfCutOffIsNoLoss) {
-  const FileURL film = made("film.mkv",
-                            "-f lavfi -i testsrc=s=64x64:r=10:d=12 -f lavfi -i sine=d=12 "
-                            "-c:v libx264 -preset ultrafast -c:a aac");
+  const FileURL film = filmOfTwelveSeconds();
   const FileURL cut = cutOff(film, 0.6);
   EXPECT_FALSE(isCutShort(converted(cut, "webm"), cut));
 }

@@ -1,6 +1,6 @@
 """The status item in a real panel that shows items from the session bus."""
 
-from desktop import SCREEN, DesktopTestCase
+from desktop import SCREEN, DesktopTestCase, DragSource
 from PIL import ImageChops
 from waiting import waitUntil
 from xfce_panel import XfcePanel
@@ -9,10 +9,6 @@ STRIP = (0, 0, SCREEN[0], XfcePanel.HEIGHT)
 
 
 class Panel(DesktopTestCase):
-    def setUp(self):
-        super().setUp()
-        self.panel = XfcePanel(self)
-
     def waitForItem(self, empty):
         """Waits until the panel shows something that it did not show, and returns its middle."""
         waitUntil(self.panel.items, "an item on the bus")
@@ -26,6 +22,7 @@ class Panel(DesktopTestCase):
         return (left + right) // 2, (top + bottom) // 2
 
     def test_clicks_on_its_icon_open_and_close_the_popover_and_it_follows_the_panel(self):
+        self.panel = XfcePanel(self, withTrayOfWindows=False)
         empty = self.still(STRIP)
         self.start()
         x, y = self.waitForItem(empty)
@@ -51,3 +48,19 @@ class Panel(DesktopTestCase):
         x, y = self.waitForItem(empty)
         self.click(x, y)
         self.waitForPopover()
+
+    def test_where_it_is_a_tray_for_windows_too_the_icon_takes_drops(self):
+        self.panel = XfcePanel(self, withTrayOfWindows=True)
+        self.start()
+        icon = self.waitForIcon()
+        self.assertLess(icon.y, XfcePanel.HEIGHT, "in the panel")
+        idle = self.still(icon.box()).tobytes()
+        source = DragSource(self, self.makeFolder("one"), self.makeFolder("two"))
+        source.drag(*icon.middle())
+        source.expect("welcome")
+        waitUntil(lambda: self.look(icon) != idle, "a highlighted icon")
+        source.drop("dropped")
+        self.waitUntilWatching(2)
+        popover = self.open()
+        self.assertGreaterEqual(popover.y, icon.y + icon.height, "below the icon")
+        self.assertEqual(self.panel.items(), [], "one icon and no more")

@@ -34,12 +34,14 @@ CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
 
 
 class XfcePanel:
-    """A running panel; ends with the test. `HEIGHT` pixels at the top of the screen are its own."""
+    """A running panel; ends with the test. `HEIGHT` pixels at the top of the screen are its own. The
+    panel is a tray for windows too, which the application prefers, unless that is taken away."""
 
     HEIGHT = 28
 
-    def __init__(self, test):
+    def __init__(self, test, withTrayOfWindows):
         self.test_ = test
+        self.withTrayOfWindows_ = withTrayOfWindows
         self.bus_ = dbus.bus.BusConnection(test.bus.address)
         test.addCleanup(self.bus_.close)
         folder = test.base / ".config" / "xfce4" / "xfconf" / "xfce-perchannel-xml"
@@ -59,7 +61,8 @@ class XfcePanel:
         )
         self.test_.addCleanup(self.die)
         waitUntil(self.isHost_, "a panel for status items")
-        self.endTrayOfWindows_()
+        if not self.withTrayOfWindows_:
+            self.test_.run_("/usr/bin/python3", "-B", str(HERE / "tray_taker.py"))
 
     def die(self):
         """Ends it without a warning."""
@@ -76,11 +79,6 @@ class XfcePanel:
                 WATCHER, "IsStatusNotifierHostRegistered", dbus_interface=dbus.PROPERTIES_IFACE
             )
         )
-
-    def endTrayOfWindows_(self):
-        """The panel is a tray for windows too, which the application would prefer. Another program
-        that becomes that tray, and goes, ends this."""
-        self.test_.run_("/usr/bin/python3", "-B", str(HERE / "tray_taker.py"))
 
     def items(self):
         """The bus names of the status items."""

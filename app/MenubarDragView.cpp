@@ -12,8 +12,9 @@ void MenubarDragView::draggingExited() {
   setHighlighting(false);
 }
 
-bool MenubarDragView::performDragOperation(std::optional<std::vector<FileURL>> urls) {
+bool MenubarDragView::performDragOperation(const ReadFiles& read) {
   setHighlighting(false);
+  std::optional<std::vector<FileURL>> urls = read();
   if (!urls || urls->empty()) return false;
   if (onFoldersDropped) onFoldersDropped(*std::move(urls));
   return true;

@@ -22,8 +22,9 @@ class MenubarDragView final : public DropTarget {
 
   void draggingEntered() override;
   void draggingExited() override;
-  /// True for every drop of at least one file, whether or not anybody is told of it.
-  bool performDragOperation(std::optional<std::vector<FileURL>> urls) override;
+  /// The highlight ends first, whatever comes of reading. True for every drop of at least one file,
+  /// whether or not anybody is told of it.
+  bool performDragOperation(const ReadFiles& read) override;
   std::optional<DropHighlight> highlight() const override;
 
  private:

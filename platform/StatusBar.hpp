@@ -55,9 +55,11 @@ class DropTarget {
   virtual void draggingEntered() = 0;
   /// The drag has left, or was given up.
   virtual void draggingExited() = 0;
-  /// The drag was dropped; `urls` is nothing when its content could not be read as files. Returns
-  /// whether the drop was accepted.
-  virtual bool performDragOperation(std::optional<std::vector<FileURL>> urls) = 0;
+  /// Reads what was dropped; nothing when that cannot be read as files.
+  using ReadFiles = std::function<std::optional<std::vector<FileURL>>()>;
+
+  /// The drag was dropped. Returns whether the drop was accepted.
+  virtual bool performDragOperation(const ReadFiles& read) = 0;
 
   /// What to draw over the button now; nothing when no drag is over it.
   virtual std::optional<DropHighlight> highlight() const = 0;

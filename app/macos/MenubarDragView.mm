@@ -84,21 +84,22 @@ std::optional<std::vector<FileURL>> filesOn(NSPasteboard* pasteboard) {
 
 - (NSDragOperation)draggingEntered:(id<NSDraggingInfo>)sender {
   if (!_target) return NSDragOperationNone;
-  _target->draggingEntered();
   self.needsDisplay = YES;
+  _target->draggingEntered();
   return NSDragOperationCopy;
 }
 
 - (void)draggingExited:(id<NSDraggingInfo>)sender {
   if (!_target) return;
-  _target->draggingExited();
   self.needsDisplay = YES;
+  _target->draggingExited();
 }
 
 - (BOOL)performDragOperation:(id<NSDraggingInfo>)sender {
   if (!_target) return NO;
-  const bool isAccepted = _target->performDragOperation(filesOn(sender.draggingPasteboard));
   self.needsDisplay = YES;
+  const bool isAccepted =
+      _target->performDragOperation([sender] { return filesOn(sender.draggingPasteboard); });
   return isAccepted ? YES : NO;
 }
 

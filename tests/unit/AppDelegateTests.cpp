@@ -228,8 +228,9 @@ TEST_F(AppDelegateTest, DroppedFoldersAreWatchedWhileThePopoverIsClosed) {
   files.writeFile("/photo.png", "");
   launch();
   button.dropTarget->draggingEntered();
-  EXPECT_TRUE(button.dropTarget->performDragOperation(
-      {{FileURL("/b"), FileURL("/photo.png"), FileURL("/a")}}));
+  EXPECT_TRUE(button.dropTarget->performDragOperation([] {
+    return std::vector{FileURL("/b"), FileURL("/photo.png"), FileURL("/a")};
+  }));
   EXPECT_EQ(folders(), (std::vector<std::string>{"/b", "/a"}));
   EXPECT_EQ(imageName(), "menubar-icon");
   EXPECT_FALSE(popover.isShown());

@@ -49,32 +49,43 @@ TEST_F(MenubarDragViewTest, ADragThatLeavesIsShownNoLongerAndNothingIsDropped) {
 
 TEST_F(MenubarDragViewTest, ADropOfSeveralIsHandedOnAtOnceAndInItsOrder) {
   view.draggingEntered();
-  EXPECT_TRUE(view.performDragOperation({{FileURL("/c"), FileURL("/a"), FileURL("/b")}}));
+  EXPECT_TRUE(view.performDragOperation([] {
+    return std::vector{FileURL("/c"), FileURL("/a"), FileURL("/b")};
+  }));
   EXPECT_EQ(calls, (Calls{"dragging", "not dragging", "dropped /c /a /b"}));
 }
 
+TEST_F(MenubarDragViewTest, TheHighlightEndsBeforeTheDropIsRead) {
+  view.draggingEntered();
+  EXPECT_TRUE(view.performDragOperation([this] {
+    calls.push_back("read");
+    return std::vector{FileURL("/a")};
+  }));
+  EXPECT_EQ(calls, (Calls{"dragging", "not dragging", "read", "dropped /a"}));
+}
+
 TEST_F(MenubarDragViewTest, PlainFilesAreHandedOnToo) {
-  EXPECT_TRUE(view.performDragOperation({{FileURL("/photo.png")}}));
+  EXPECT_TRUE(view.performDragOperation([] { return std::vector{FileURL("/photo.png")}; }));
   EXPECT_EQ(calls, (Calls{"not dragging", "dropped /photo.png"}));
 }
 
 TEST_F(MenubarDragViewTest, ADropThatCannotBeReadEndsTheHighlightAndIsRefused) {
   view.draggingEntered();
-  EXPECT_FALSE(view.performDragOperation(std::nullopt));
+  EXPECT_FALSE(view.performDragOperation([] { return std::nullopt; }));
   EXPECT_EQ(calls, (Calls{"dragging", "not dragging"}));
 }
 
 TEST_F(MenubarDragViewTest, AnEmptyDropEndsTheHighlightAndIsRefused) {
   view.draggingEntered();
-  EXPECT_FALSE(view.performDragOperation(std::vector<FileURL>{}));
+  EXPECT_FALSE(view.performDragOperation([] { return std::vector<FileURL>(); }));
   EXPECT_EQ(calls, (Calls{"dragging", "not dragging"}));
 }
 
 TEST_F(MenubarDragViewTest, ADropIsAcceptedEvenWhenNobodyListens) {
   MenubarDragView unheard;
   unheard.draggingEntered();
-  EXPECT_TRUE(unheard.performDragOperation({{FileURL("/a")}}));
-  EXPECT_FALSE(unheard.performDragOperation(std::nullopt));
+  EXPECT_TRUE(unheard.performDragOperation([] { return std::vector{FileURL("/a")}; }));
+  EXPECT_FALSE(unheard.performDragOperation([] { return std::nullopt; }));
   EXPECT_EQ(unheard.highlight(), std::nullopt);
 }
 

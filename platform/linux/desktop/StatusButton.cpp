@@ -54,7 +54,7 @@ void StatusButton::dragExited() {
 }
 
 bool StatusButton::dropped(std::optional<std::vector<FileURL>> urls) {
-  const bool isAccepted = target_ && target_->performDragOperation(std::move(urls));
+  const bool isAccepted = target_ && target_->performDragOperation([&] { return std::move(urls); });
   changed();
   return isAccepted;
 }

@@ -117,7 +117,7 @@ class KestrivaneApp::Program {
 
   std::unique_ptr<ViewModelObject> viewModelObject_;
   MacPopover popover_{[this](QQmlEngine& engine) { return makeContent(engine); }};
-  MacStatusBar statusBar_;
+  MacStatusBar statusBar_{[this](double press) { return popover_.hasClosedSince(press); }};
   AppDelegate delegate_{{application_, notificationCenter_, popover_, statusBar_, updater_},
                         viewModel_};
 };

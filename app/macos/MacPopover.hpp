@@ -24,6 +24,10 @@ class MacPopover final : public Popover {
   void makeKey() override;
   void performClose() override;
 
+  /// Whether it has begun to close at `time`, in seconds since the system started, or later: the
+  /// press that closed it from outside is not to open it again.
+  bool hasClosedSince(double time) const;
+
  private:
   void makeContent();
 

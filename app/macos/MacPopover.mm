@@ -7,9 +7,11 @@
 
 #import "app/macos/MacStatusBarButton.hpp"
 
-/// Is told when the popover has closed, which a click outside of it does too.
+/// Is told when the popover closes, which a click outside of it does too.
 @interface PopoverObserver : NSObject <NSPopoverDelegate>
 - (instancetype)initWithHandler:(std::function<void()>)didClose;
+/// When it began to close last, in seconds since the system started; negative before.
+@property(readonly) NSTimeInterval closingTime;
 @end
 
 @implementation PopoverObserver {
@@ -18,8 +20,15 @@
 
 - (instancetype)initWithHandler:(std::function<void()>)didClose {
   self = [super init];
-  if (self != nil) _didClose = std::move(didClose);
+  if (self != nil) {
+    _didClose = std::move(didClose);
+    _closingTime = -1;
+  }
   return self;
+}
+
+- (void)popoverWillClose:(NSNotification*)notification {
+  _closingTime = NSProcessInfo.processInfo.systemUptime;
 }
 
 - (void)popoverDidClose:(NSNotification*)notification {
@@ -77,6 +86,10 @@ void MacPopover::makeKey() {
 
 void MacPopover::performClose() {
   [native_->popover performClose:nil];
+}
+
+bool MacPopover::hasClosedSince(double time) const {
+  return native_->observer.closingTime >= time;
 }
 
 void MacPopover::makeContent() {

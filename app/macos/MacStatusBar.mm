@@ -1,5 +1,7 @@
 #include "app/macos/MacStatusBar.hpp"
 
+#include <optional>
+
 #import <AppKit/AppKit.h>
 
 #import "app/macos/MacStatusBarButton.hpp"
@@ -9,9 +11,9 @@ namespace {
 
 class MacStatusItem final : public StatusItem {
  public:
-  MacStatusItem()
+  explicit MacStatusItem(const MacStatusBarButton::IsPressSpent& isPressSpent)
       : item_([NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength]) {
-    if (item_.button != nil) button_.emplace(item_.button);
+    if (item_.button != nil) button_.emplace(item_.button, isPressSpent);
   }
 
   ~MacStatusItem() override { [NSStatusBar.systemStatusBar removeStatusItem:item_]; }
@@ -26,7 +28,7 @@ class MacStatusItem final : public StatusItem {
 }  // namespace
 
 std::unique_ptr<StatusItem> MacStatusBar::makeStatusItem() {
-  return std::make_unique<MacStatusItem>();
+  return std::make_unique<MacStatusItem>(isPressSpent_);
 }
 
 }  // namespace kestrivane

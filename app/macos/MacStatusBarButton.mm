@@ -56,10 +56,13 @@ NSImage* load(const StatusImage& image) {
 
 }  // namespace
 
-MacStatusBarButton::MacStatusBarButton(NSStatusBarButton* button) : button_(button) {}
+MacStatusBarButton::MacStatusBarButton(NSStatusBarButton* button, IsPressSpent isPressSpent)
+    : button_(button), isPressSpent_(std::move(isPressSpent)) {}
 
 MacStatusBarButton::~MacStatusBarButton() {
   button_.target = nil;
+  [dragView_ removeFromSuperview];
+  [dragView_ setTarget:nullptr];  // the view itself may stay until a pool is drained
 }
 
 void MacStatusBarButton::setImage(const StatusImage& image) {
@@ -74,16 +77,24 @@ void MacStatusBarButton::setAlphaValue(double alpha) {
 }
 
 void MacStatusBarButton::setAction(std::function<void()> action) {
-  target_ = [[StatusButtonTarget alloc] initWithAction:std::move(action)];
+  target_ = [[StatusButtonTarget alloc]
+      initWithAction:[this, action = std::move(action)] { click(action); }];
   button_.action = @selector(togglePopover);
   button_.target = target_;
 }
 
 void MacStatusBarButton::setDropTarget(std::unique_ptr<DropTarget> target) {
-  MenubarDragView* dragView = [[MenubarDragView alloc] init];
-  dragView.frame = button_.bounds;
-  [dragView setTarget:std::move(target)];
-  [button_ addSubview:dragView];
+  dragView_ = [[MenubarDragView alloc] init];
+  dragView_.frame = button_.bounds;
+  [dragView_ setTarget:std::move(target)];
+  [button_ addSubview:dragView_];
+}
+
+void MacStatusBarButton::click(const std::function<void()>& action) {
+  // Without a press the click came from the keyboard or an assistive program.
+  const std::optional<double> press =
+      dragView_ != nil ? [dragView_ takePress] : std::optional<double>();
+  if (!press || !isPressSpent_(*press)) action();
 }
 
 }  // namespace kestrivane

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #import <AppKit/AppKit.h>
 
@@ -20,5 +21,9 @@
 
 /// What is told of drags; without one they are refused.
 - (void)setTarget:(std::unique_ptr<kestrivane::DropTarget>)target;
+
+/// When the button of the mouse went down here last, in seconds since the system started; nothing
+/// when that press was taken before.
+- (std::optional<NSTimeInterval>)takePress;
 
 @end

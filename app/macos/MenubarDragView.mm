@@ -35,6 +35,7 @@ std::optional<std::vector<FileURL>> filesOn(NSPasteboard* pasteboard) {
 
 @implementation MenubarDragView {
   std::unique_ptr<DropTarget> _target;
+  std::optional<NSTimeInterval> _press;
 }
 
 - (instancetype)init {
@@ -65,6 +66,7 @@ std::optional<std::vector<FileURL>> filesOn(NSPasteboard* pasteboard) {
 }
 
 - (void)mouseDown:(NSEvent*)event {
+  _press = event.timestamp;
   [self.nextResponder mouseDown:event];
 }
 
@@ -78,6 +80,10 @@ std::optional<std::vector<FileURL>> filesOn(NSPasteboard* pasteboard) {
 
 - (void)rightMouseUp:(NSEvent*)event {
   [self.nextResponder rightMouseUp:event];
+}
+
+- (std::optional<NSTimeInterval>)takePress {
+  return std::exchange(_press, std::nullopt);
 }
 
 #pragma mark - Drags

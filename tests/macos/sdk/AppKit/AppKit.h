@@ -3,7 +3,6 @@
 #pragma once
 
 #import <AppKit/NSOpenPanel.h>
-#import <AppKit/NSOpenPanel.h>
 #import <CoreGraphics/CoreGraphics.h>
 #import <Foundation/Foundation.h>
 
@@ -84,6 +83,7 @@ typedef NSString* NSPasteboardReadingOptionKey;
 @end
 
 @interface NSEvent : NSObject
+@property(readonly) NSTimeInterval timestamp;
 @end
 
 @interface NSColor : NSObject
@@ -136,6 +136,7 @@ typedef NSString* NSPasteboardReadingOptionKey;
 - (instancetype)initWithFrame:(NSRect)frame NS_DESIGNATED_INITIALIZER;
 - (instancetype)initWithCoder:(NSCoder*)coder NS_DESIGNATED_INITIALIZER;
 - (void)addSubview:(NSView*)view;
+- (void)removeFromSuperview;
 - (NSView*)hitTest:(NSPoint)point;
 - (void)drawRect:(NSRect)dirtyRect;
 - (void)registerForDraggedTypes:(NSArray<NSPasteboardType>*)types;
@@ -183,6 +184,7 @@ extern const CGFloat NSVariableStatusItemLength;
 
 @protocol NSPopoverDelegate <NSObject>
 @optional
+- (void)popoverWillClose:(NSNotification*)notification;
 - (void)popoverDidClose:(NSNotification*)notification;
 @end
 

@@ -117,6 +117,7 @@ extern NSURLResourceKey const NSURLVolumeSupportsSwapRenamingKey;
 @property(nullable, readonly, copy) NSString* path;
 @property(nullable, readonly, copy) NSURL* filePathURL;
 @property(readonly) const char* fileSystemRepresentation;
+@property(nullable, readonly, copy) NSURL* URLByResolvingSymlinksInPath;
 - (BOOL)getResourceValue:(id _Nullable __autoreleasing* _Nonnull)value
                   forKey:(NSURLResourceKey)key
                    error:(NSError* _Nullable* _Nullable)error;
@@ -189,6 +190,13 @@ extern NSString* const NSFileSystemFreeSize;
 - (nullable NSURL*)URLForAuxiliaryExecutable:(NSString*)name;
 - (nullable NSURL*)URLForResource:(nullable NSString*)name
                     withExtension:(nullable NSString*)extension;
+@end
+
+typedef double NSTimeInterval;
+
+@interface NSProcessInfo : NSObject
+@property(class, readonly, strong) NSProcessInfo* processInfo;
+@property(readonly) NSTimeInterval systemUptime;
 @end
 
 @interface NSLocale : NSObject

@@ -12,7 +12,8 @@
 
 namespace kestrivane {
 
-/// As `FileManager::replaceItem`.
+/// As `FileManager::replaceItem`. If `original` is a symbolic link, the link itself is replaced, by
+/// a file with the attributes of the one that it leads to.
 void replaceFile(const FileURL& original, const FileURL& replacement, const FileVersion& expected);
 
 }  // namespace kestrivane

@@ -109,7 +109,8 @@ void replaceFile(const FileURL& original, const FileURL& replacement, const File
     ExchangeResult result = ExchangeResult::refused;
     if (canExchangeNames(original)) {
       const FileURL whole = folder.url().appendingPathComponent("whole");
-      copyItem(original, whole);  // for its attributes
+      // For its attributes: those of a link are those of the file that it leads to.
+      copyItem(fileURL(nsURL(original).URLByResolvingSymlinksInPath), whole);
       replaceItem(whole, fresh);
       fresh = whole;
       flush(fresh);

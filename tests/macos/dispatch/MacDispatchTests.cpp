@@ -5,6 +5,7 @@
 #include <functional>
 #include <latch>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -41,6 +42,14 @@ class MacDispatchTest : public testing::Test {
 
 TEST_F(MacDispatchTest, HandsOutTheMainLoopItWasGiven) {
   EXPECT_EQ(&dispatch->mainLoop(), &loop);
+}
+
+TEST_F(MacDispatchTest, AsksForQueuesOfTheirLabelsAndQualities) {
+  dispatch->makeSerialQueue("com.kestrivane.FolderMonitorQueue", QualityOfService::background);
+  dispatch->longWorkQueue().post([] {});
+  EXPECT_EQ(queues(),
+            (std::vector<std::string>{"global 9", "global 25",
+                                      "com.kestrivane.FolderMonitorQueue 9", "long work 25"}));
 }
 
 TEST_F(MacDispatchTest, RunsTwoHeavyJobsAtOnce) {

@@ -1,15 +1,19 @@
 #include "tests/macos/dispatch/ThreadedDispatch.hpp"
 
 #include <atomic>
+#include <bit>
 #include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include <dispatch/dispatch.h>
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -29,6 +33,7 @@ std::mutex mutex;
 std::condition_variable changed;
 std::vector<std::thread> threads;
 std::atomic<int> objectsAlive = 0;
+std::vector<std::string> queuesAskedFor;
 
 void release(Object* object) {
   if (--object->references > 0) return;
@@ -45,7 +50,6 @@ Kind* create() {
 }  // namespace
 
 struct dispatch_queue_s final : Object {
-  bool isSerial = false;
   bool isRunning = false;
   std::deque<Work> work;
 };
@@ -85,7 +89,7 @@ void drain(dispatch_queue_t queue) {
 
 /// With the mutex held.
 void enqueue(dispatch_queue_t queue, Work work) {
-  if (!queue->isSerial) {
+  if (queue == globalQueue()) {
     threads.emplace_back([work] { run(work); });
   } else {
     queue->work.push_back(work);
@@ -97,20 +101,26 @@ void enqueue(dispatch_queue_t queue, Work work) {
 
 }  // namespace
 
-dispatch_queue_t dispatch_get_global_queue(intptr_t, uintptr_t) {
+dispatch_queue_t dispatch_get_global_queue(intptr_t identifier, uintptr_t) {
+  queuesAskedFor.push_back("global " + std::to_string(identifier));
   ++globalQueue()->references;  // the system ignores a release, here there is one to give back
   return globalQueue();
 }
 
+/// The attributes are nothing but the quality of service: all queues that are made are serial.
 dispatch_queue_attr_t dispatch_queue_attr_make_with_qos_class(dispatch_queue_attr_t attribute,
-                                                              dispatch_qos_class_t, int) {
-  return attribute;
+                                                              dispatch_qos_class_t qualityOfService,
+                                                              int relativePriority) {
+  EXPECT_EQ(attribute, DISPATCH_QUEUE_SERIAL);
+  EXPECT_EQ(relativePriority, 0);
+  return reinterpret_cast<dispatch_queue_attr_t>(std::uintptr_t{qualityOfService});
 }
 
-dispatch_queue_t dispatch_queue_create(const char*, dispatch_queue_attr_t attribute) {
-  dispatch_queue_t queue = create<dispatch_queue_s>();
-  queue->isSerial = attribute == DISPATCH_QUEUE_SERIAL;
-  return queue;
+dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attributes) {
+  const std::lock_guard lock(mutex);
+  queuesAskedFor.push_back(label +
+                           (" " + std::to_string(std::bit_cast<std::uintptr_t>(attributes))));
+  return create<dispatch_queue_s>();
 }
 
 dispatch_group_t dispatch_group_create() {
@@ -138,6 +148,11 @@ void dispatch_release(dispatch_object_t object) {
 
 namespace kestrivane::test {
 
+std::vector<std::string> queues() {
+  const std::lock_guard lock(mutex);
+  return queuesAskedFor;
+}
+
 int endDispatch() {
   std::vector<std::thread> ended;
   do {
@@ -149,6 +164,7 @@ int endDispatch() {
     for (std::thread& thread : ended)
       thread.join();
   } while (!ended.empty());
+  queuesAskedFor.clear();
   return objectsAlive;
 }
 

@@ -4,7 +4,14 @@
 // Thread-safety: as libdispatch. Ownership: counts the references to queues and groups.
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace kestrivane::test {
+
+/// A line for each queue that was made, with its label and its quality of service, and for each
+/// concurrent one that was asked for: "global" and that.
+std::vector<std::string> queues();
 
 /// To be called when the executors are gone: waits for all threads, and returns how many queues and
 /// groups were made and not released.

@@ -1,6 +1,5 @@
-# Compiles macOS sources with clang, against the declarations in sdk/. The target is macOS itself, so
-# that what is newer than the oldest system is found out as well; the C++ and C libraries are those of
-# this machine. The objects are only looked at.
+# Compiles macOS sources for macOS with clang, against the declarations in sdk/; the C++ and C libraries
+# are those of this machine. The objects are only looked at.
 
 # With the warnings of every build.
 get_target_property(warnings kestrivane_options INTERFACE_COMPILE_OPTIONS)

@@ -320,7 +320,6 @@ class LongConversions(ToolTestCase):
         self.letToolsGo(4)
         self.watch.waitForLines(5)
 
-
     def test_a_tool_waits_for_its_turn_and_nothing_else_does(self):
         self.installWaitingTool()
         folders = [self.folder / name for name in ("first", "second", "third", "others")]

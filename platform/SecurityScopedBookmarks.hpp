@@ -4,6 +4,7 @@
 // access to a folder stops it.
 #pragma once
 
+#include <optional>
 #include <span>
 
 #include "platform/Data.hpp"
@@ -30,6 +31,10 @@ class SecurityScopedBookmarks {
   /// The folder that the bookmark names, with security scope. Throws `PlatformError` if it cannot
   /// be found, or if `bookmark` is damaged or comes from a later version of the program.
   virtual ResolvedBookmark resolve(std::span<const std::byte> bookmark) const = 0;
+
+  /// Where the folder was when the bookmark was made, whether or not it is there now; nothing if
+  /// `bookmark` is damaged or comes from a later version of the program.
+  virtual std::optional<FileURL> placeOf(std::span<const std::byte> bookmark) const = 0;
 
   /// Opens the access to the folder; false when it is not granted. Each start that returns true is
   /// balanced by one stop.

@@ -52,6 +52,23 @@ void AppViewModel::loadSavedFolders() {
   }
 }
 
+void AppViewModel::followSavedFolders() {
+  const auto saved = bookmarkManager_.loadAll();
+  if (!saved) return;
+  for (const FileURL& url : saved->accessible) {
+    if (isListed(url)) {
+      services_.bookmarks.stopAccessing(url);  // which was open already
+    } else {
+      append(url);
+      startMonitoring(url);
+    }
+  }
+  const std::vector<FileURL> listed = monitoredFolders_.value();
+  for (const FileURL& url : listed) {
+    if (std::ranges::find(saved->named, url) == saved->named.end()) drop(url);
+  }
+}
+
 void AppViewModel::selectFolders() {
   const OpenPanelResult result =
       services_.openPanel.runModal({.canChooseFiles = false,
@@ -72,12 +89,7 @@ void AppViewModel::addFolders(const std::vector<FileURL>& urls) {
 
 void AppViewModel::removeFolder(std::size_t index) {
   if (index >= monitoredFolders_.value().size()) std::terminate();
-  const FileURL url = monitoredFolders_.value()[index];
-  monitoredFolders_.modify([index](auto& folders) {
-    folders.erase(folders.begin() + static_cast<std::ptrdiff_t>(index));
-  });
-  stopMonitoring(url);
-  services_.bookmarks.stopAccessing(url);
+  drop(FileURL(monitoredFolders_.value()[index]));
   bookmarkManager_.save(monitoredFolders_.value());
 }
 
@@ -132,6 +144,12 @@ bool AppViewModel::isListed(const FileURL& url) const {
 
 void AppViewModel::append(const FileURL& url) {
   monitoredFolders_.modify([&url](auto& folders) { folders.push_back(url); });
+}
+
+void AppViewModel::drop(const FileURL& url) {
+  monitoredFolders_.modify([&url](auto& folders) { std::erase(folders, url); });
+  stopMonitoring(url);
+  services_.bookmarks.stopAccessing(url);
 }
 
 }  // namespace kestrivane

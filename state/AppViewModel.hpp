@@ -74,6 +74,11 @@ class AppViewModel final : public std::enable_shared_from_this<AppViewModel> {
   /// Restores the saved folders and watches those that are not being watched. Saves nothing.
   void loadSavedFolders();
 
+  /// Takes over what has become of the saved list since: folders that are new in it, or can be
+  /// found again, are watched, and those that are no longer in it are dropped. Without a list
+  /// nothing changes. Saves nothing.
+  void followSavedFolders();
+
   /// Lets the user choose folders, and adds them.
   void selectFolders();
 
@@ -108,6 +113,7 @@ class AppViewModel final : public std::enable_shared_from_this<AppViewModel> {
                         std::vector<std::shared_ptr<const FileConverter>> converters);
   bool isListed(const FileURL& url) const;
   void append(const FileURL& url);
+  void drop(const FileURL& url);
 
   Services services_;
   ConverterFactory makeConverters_;

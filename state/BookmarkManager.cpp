@@ -1,7 +1,6 @@
 #include "state/BookmarkManager.hpp"
 
 #include <exception>
-#include <optional>
 
 #include "platform/PlatformError.hpp"
 
@@ -27,19 +26,25 @@ void BookmarkManager::save(const std::vector<FileURL>& urls) {
 }
 
 std::vector<FileURL> BookmarkManager::load() {
-  std::vector<FileURL> urls;
+  return loadAll().value_or(StoredFolders{}).accessible;
+}
+
+std::optional<StoredFolders> BookmarkManager::loadAll() {
   const auto stored = userDefaults_.dataArrayForKey(userDefaultsKey);
-  if (!stored) return urls;
+  if (!stored) return std::nullopt;
+  StoredFolders folders;
   for (const Data& bookmark : *stored) {
     try {
-      FileURL url = bookmarks_.resolve(bookmark).url;
-      if (bookmarks_.startAccessing(url)) urls.push_back(std::move(url));
+      const FileURL url = bookmarks_.resolve(bookmark).url;
+      folders.named.push_back(url);
+      if (bookmarks_.startAccessing(url)) folders.accessible.push_back(url);
     } catch (const std::exception&) {
       logger_->log(LogLevel::error,
                    "Ошибка разрешения закладки: " + localizedDescription(std::current_exception()));
+      if (const auto place = bookmarks_.placeOf(bookmark)) folders.named.push_back(*place);
     }
   }
-  return urls;
+  return folders;
 }
 
 }  // namespace kestrivane

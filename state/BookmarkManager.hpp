@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -15,6 +16,12 @@
 #include "platform/UserDefaults.hpp"
 
 namespace kestrivane {
+
+/// The stored list at one moment, in its order.
+struct StoredFolders {
+  std::vector<FileURL> accessible;  ///< those that can be found and read; access to them is open
+  std::vector<FileURL> named;       ///< all of them
+};
 
 class BookmarkManager {
  public:
@@ -29,6 +36,9 @@ class BookmarkManager {
   /// The folders of the stored list that can be found and read, in its order; the others are left
   /// out, and stay stored until the next `save`. A stale bookmark is used as it is.
   std::vector<FileURL> load();
+
+  /// As `load`, with the folders that were left out; nothing if there is no list.
+  std::optional<StoredFolders> loadAll();
 
  private:
   UserDefaults& userDefaults_;

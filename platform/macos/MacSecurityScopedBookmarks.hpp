@@ -19,6 +19,7 @@ class MacSecurityScopedBookmarks final : public SecurityScopedBookmarks {
 
   Data bookmarkData(const FileURL& folder) const override;
   ResolvedBookmark resolve(std::span<const std::byte> bookmark) const override;
+  std::optional<FileURL> placeOf(std::span<const std::byte> bookmark) const override;
   bool startAccessing(const FileURL& folder) override;
   void stopAccessing(const FileURL& folder) override;
 

@@ -70,6 +70,17 @@ ResolvedBookmark MacSecurityScopedBookmarks::resolve(std::span<const std::byte> 
   }
 }
 
+std::optional<FileURL> MacSecurityScopedBookmarks::placeOf(
+    std::span<const std::byte> bookmark) const {
+  @autoreleasepool {
+    NSDictionary* const values = [NSURL resourceValuesForKeys:@[ NSURLPathKey ]
+                                             fromBookmarkData:nsData(bookmark)];
+    NSString* const path = values[NSURLPathKey];
+    if (path == nil) return std::nullopt;
+    return FileURL(text(path));
+  }
+}
+
 bool MacSecurityScopedBookmarks::startAccessing(const FileURL& folder) {
   @autoreleasepool {
     return [scopedURLs_->find(folder) startAccessingSecurityScopedResource];

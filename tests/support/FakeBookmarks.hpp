@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -49,11 +50,16 @@ class FakeBookmarks final : public SecurityScopedBookmarks {
   }
 
   ResolvedBookmark resolve(std::span<const std::byte> bookmark) const override {
+    const std::optional<FileURL> url = placeOf(bookmark);
+    if (!url) throw PlatformError(EBADMSG, "A damaged bookmark");
+    requireFolder(*url);
+    return {.url = *url, .isStale = stale.contains(url->path())};
+  }
+
+  std::optional<FileURL> placeOf(std::span<const std::byte> bookmark) const override {
     const std::string text = textOf(bookmark);
-    if (!text.starts_with(prefix)) throw PlatformError(EBADMSG, "A damaged bookmark");
-    const FileURL url(text.substr(prefix.size()));
-    requireFolder(url);
-    return {.url = url, .isStale = stale.contains(url.path())};
+    if (!text.starts_with(prefix)) return std::nullopt;
+    return FileURL(text.substr(prefix.size()));
   }
 
   bool startAccessing(const FileURL& folder) override {

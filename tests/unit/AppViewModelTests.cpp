@@ -175,6 +175,80 @@ TEST_F(AppViewModelTest, ForgetsAnEngineThatIsStoppedBeforeItCouldStart) {
   EXPECT_TRUE(script->sources.empty());
 }
 
+TEST_F(AppViewModelTest, TakesOverWhatAnotherProgramHasMadeOfTheList) {
+  save({"/a", "/b"});
+  make();
+  settle();
+  save({"/c", "/b"});
+  model->followSavedFolders();
+  settle();
+  EXPECT_EQ(folders(), (Lines{"/b", "/c"}));
+  EXPECT_EQ(watched(), (Lines{"/a", "/b", "/c"}));
+  EXPECT_FALSE(model->isMonitored(FileURL("/a")));
+  EXPECT_TRUE(defaults.writes.empty());
+  rename("/a/left.png", "/a/left.jpg");
+  rename("/b/photo.png", "/b/photo.jpg");
+  rename("/c/photo.png", "/c/photo.jpg");
+  EXPECT_EQ(script->sources, (Lines{"/b/photo.jpg", "/c/photo.jpg"}));
+}
+
+TEST_F(AppViewModelTest, KeepsOneAccessOpenForEachFolderThatItTakesOver) {
+  save({"/a"});
+  make();
+  settle();
+  save({"/a", "/b"});
+  model->followSavedFolders();
+  EXPECT_EQ(bookmarks.accesses, (Lines{"start /a", "start /a", "start /b", "stop /a"}));
+  save({"/b"});
+  model->followSavedFolders();
+  EXPECT_EQ((Lines{bookmarks.accesses.end() - 3, bookmarks.accesses.end()}),
+            (Lines{"start /b", "stop /b", "stop /a"}));
+}
+
+TEST_F(AppViewModelTest, WatchesASavedFolderOnceItCanBeFound) {
+  save({"/disk/photos", "/a"});
+  make();
+  settle();
+  EXPECT_EQ(folders(), Lines{"/a"});
+  files.createDirectory("/disk");
+  files.createDirectory("/disk/photos");
+  model->followSavedFolders();
+  settle();
+  EXPECT_EQ(folders(), (Lines{"/a", "/disk/photos"}));
+  rename("/disk/photos/photo.png", "/disk/photos/photo.jpg");
+  EXPECT_EQ(script->sources, Lines{"/disk/photos/photo.jpg"});
+}
+
+TEST_F(AppViewModelTest, KeepsAFolderThatIsNotThereForAsLongAsItIsSaved) {
+  save({"/a", "/b"});
+  make();
+  settle();
+  files.remove("/a");
+  bookmarks.inaccessible.insert("/b");
+  model->followSavedFolders();
+  EXPECT_EQ(folders(), (Lines{"/a", "/b"}));
+  EXPECT_TRUE(model->isMonitored(FileURL("/a")));
+  EXPECT_TRUE(model->isMonitored(FileURL("/b")));
+  save({"/b"});
+  model->followSavedFolders();
+  EXPECT_EQ(folders(), Lines{"/b"});
+}
+
+TEST_F(AppViewModelTest, KeepsItsFoldersWhereThereIsNoListOrOneThatCannotBeRead) {
+  save({"/a"});
+  make();
+  settle();
+  defaults.storedArrays.begin()->second.emplace_back(std::nullopt);
+  model->followSavedFolders();
+  EXPECT_EQ(folders(), Lines{"/a"});
+  defaults.storedArrays.clear();
+  model->followSavedFolders();
+  EXPECT_EQ(folders(), Lines{"/a"});
+  save({});
+  model->followSavedFolders();
+  EXPECT_EQ(folders(), Lines{});
+}
+
 TEST_F(AppViewModelTest, StopsEveryEngineAndStartsThemAgainWithoutDuplicates) {
   save({"/a", "/b"});
   make();

@@ -101,6 +101,25 @@ TEST_F(BookmarkManagerTest, DropsAFolderThatAccessIsNotGrantedToWithoutAWord) {
   EXPECT_TRUE(log.entries.empty());
 }
 
+TEST_F(BookmarkManagerTest, NamesTheFoldersThatItLeavesOut) {
+  stored() = {FakeBookmarks::of("/c"), FakeBookmarks::of("/gone"), dataOf("damaged"),
+              FakeBookmarks::of("/a")};
+  bookmarks.inaccessible.insert("/c");
+  const auto folders = manager.loadAll();
+  ASSERT_TRUE(folders);
+  EXPECT_EQ(folders->accessible, URLs{FileURL("/a")});
+  EXPECT_EQ(folders->named, (URLs{FileURL("/c"), FileURL("/gone"), FileURL("/a")}));
+}
+
+TEST_F(BookmarkManagerTest, TellsNoListFromAnEmptyOne) {
+  EXPECT_FALSE(manager.loadAll());
+  stored() = {FakeBookmarks::of("/a"), std::nullopt};
+  EXPECT_FALSE(manager.loadAll());
+  stored() = {};
+  ASSERT_TRUE(manager.loadAll());
+  EXPECT_EQ(manager.loadAll()->named, URLs{});
+}
+
 TEST_F(BookmarkManagerTest, UsesAStaleBookmarkAsItIsAndDoesNotRewriteIt) {
   manager.save({FileURL("/a")});
   bookmarks.stale.insert("/a");

@@ -12,6 +12,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include "platform/PlatformError.hpp"
 #include "platform/linux/FileDescriptor.hpp"
 #include "platform/linux/system/FolderBookmark.hpp"
 #include "platform/linux/system/PosixError.hpp"
@@ -46,6 +47,13 @@ ResolvedBookmark LinuxSecurityScopedBookmarks::resolve(std::span<const std::byte
   const FolderBookmark decoded = FolderBookmark::decode(bookmark);
   const FileURL url(decoded.path);
   return {.url = url, .isStale = identityOf(url) != decoded.identity};
+}
+
+std::optional<FileURL> LinuxSecurityScopedBookmarks::placeOf(
+    std::span<const std::byte> bookmark) const try {
+  return FileURL(FolderBookmark::decode(bookmark).path);
+} catch (const PlatformError&) {
+  return std::nullopt;
 }
 
 bool LinuxSecurityScopedBookmarks::startAccessing(const FileURL& folder) {

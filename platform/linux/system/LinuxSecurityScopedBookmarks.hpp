@@ -18,6 +18,8 @@ class LinuxSecurityScopedBookmarks final : public SecurityScopedBookmarks {
   /// directory is at the path now.
   ResolvedBookmark resolve(std::span<const std::byte> bookmark) const override;
 
+  std::optional<FileURL> placeOf(std::span<const std::byte> bookmark) const override;
+
   /// False unless the folder is a directory that can be listed and entered.
   bool startAccessing(const FileURL& folder) override;
   void stopAccessing(const FileURL& folder) override;

@@ -123,6 +123,15 @@ TEST_P(BookmarkConformance, AreStaleOnceAnotherFolderIsAtThePlace) {
   EXPECT_TRUE(resolved.isStale);
 }
 
+TEST_P(BookmarkConformance, NameThePlaceOfAFolderThatIsNoLongerThere) {
+  subject->makeFolder("photos");
+  const Data bookmark = bookmarks.bookmarkData(subject->url("photos"));
+  EXPECT_EQ(bookmarks.placeOf(bookmark), subject->url("photos"));
+  subject->remove("photos");
+  EXPECT_EQ(bookmarks.placeOf(bookmark), subject->url("photos"));
+  EXPECT_EQ(bookmarks.placeOf(dataOf("damaged")), std::nullopt);
+}
+
 TEST_P(BookmarkConformance, FailToResolveWhenTheyAreDamaged) {
   EXPECT_EQ(failureOfResolving({}), EBADMSG);
   EXPECT_EQ(failureOfResolving(dataOf("something else altogether, and rather long at that")),

@@ -109,6 +109,7 @@ static const NSURLBookmarkResolutionOptions NSURLBookmarkResolutionWithSecurityS
 
 typedef NSString* NSURLResourceKey;
 extern NSURLResourceKey const NSURLVolumeSupportsSwapRenamingKey;
+extern NSString* const NSURLPathKey;
 
 @interface NSURL : NSObject
 + (NSURL*)fileURLWithFileSystemRepresentation:(const char*)path
@@ -131,6 +132,8 @@ extern NSURLResourceKey const NSURLVolumeSupportsSwapRenamingKey;
                                       relativeToURL:(nullable NSURL*)relativeURL
                                 bookmarkDataIsStale:(BOOL* _Nullable)isStale
                                               error:(NSError* _Nullable* _Nullable)error;
++ (nullable NSDictionary<NSString*, id>*)resourceValuesForKeys:(NSArray<NSString*>*)keys
+                                              fromBookmarkData:(NSData*)bookmark;
 - (BOOL)startAccessingSecurityScopedResource;
 - (void)stopAccessingSecurityScopedResource;
 @end

@@ -4,6 +4,7 @@
 
 #include "platform/linux/system/FileUserDefaults.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -13,6 +14,25 @@
 #include "state/L10n.hpp"
 
 namespace kestrivane {
+namespace {
+
+using Array = std::vector<Data>;
+
+bool contains(const Array& array, const Data& element) {
+  return std::ranges::find(array, element) != array.end();
+}
+
+/// `value`, with the changes by which others have made `stored` of `known`.
+Array merged(const Array& known, Array value, const Array& stored) {
+  std::erase_if(value, [&](const Data& element) {
+    return contains(known, element) && !contains(stored, element);
+  });
+  for (const Data& element : stored)
+    if (!contains(known, element) && !contains(value, element)) value.push_back(element);
+  return value;
+}
+
+}  // namespace
 
 FileUserDefaults::FileUserDefaults(const FileURL& file, UnifiedLog& log)
     : logger_(log.makeLogger(logSubsystem, "UserDefaults")), file_(file) {}
@@ -31,6 +51,7 @@ bool FileUserDefaults::boolForKey(std::string_view key) const {
 }
 
 void FileUserDefaults::setBool(std::string_view key, bool value) {
+  const std::lock_guard lock(mutex_);
   makeChange(
       [key = std::string(key), value](DefaultsDocument& document) { document.set(key, value); });
 }
@@ -38,12 +59,20 @@ void FileUserDefaults::setBool(std::string_view key, bool value) {
 std::optional<std::vector<Data>> FileUserDefaults::dataArrayForKey(std::string_view key) const {
   const std::lock_guard lock(mutex_);
   refresh();
-  return document_.dataArray(key);
+  auto array = document_.dataArray(key);
+  known_.insert_or_assign(std::string(key), array.value_or(Array{}));
+  return array;
 }
 
 void FileUserDefaults::setDataArray(std::string_view key, const std::vector<Data>& value) {
-  makeChange(
-      [key = std::string(key), value](DefaultsDocument& document) { document.set(key, value); });
+  const std::lock_guard lock(mutex_);
+  std::optional<Array> known;
+  if (const auto found = known_.find(key); found != known_.end()) known = found->second;
+  makeChange([key = std::string(key), known, value](DefaultsDocument& document) {
+    const auto stored = document.dataArray(key);
+    document.set(key, known && stored ? merged(*known, value, *stored) : value);
+  });
+  known_.insert_or_assign(std::string(key), value);
 }
 
 void FileUserDefaults::updateDataArray(
@@ -101,8 +130,8 @@ DefaultsDocument FileUserDefaults::readAgain() const {
   }
 }
 
+/// Stores a change, or holds it until it can be stored.
 void FileUserDefaults::makeChange(const Change& change) {
-  const std::lock_guard lock(mutex_);
   try {
     store(change);
   } catch (const std::system_error& error) {

@@ -2,9 +2,9 @@
 //
 // Every change is written and flushed before the operation returns. Changes that another process or
 // the user has made are seen by the next operation, and kept by every change; of two changes of one
-// key the later one wins. A damaged file gets another name, which is logged, and registered values
-// apply. Thread-safety: every operation may be called from any thread; it may wait for the disk.
-// Ownership: owns its values; the log outlives it.
+// boolean the later one wins, those of an array are both kept. A damaged file gets another name,
+// which is logged, and registered values apply. Thread-safety: every operation may be called from
+// any thread; it may wait for the disk. Ownership: owns its values; the log outlives it.
 #pragma once
 
 #include <functional>
@@ -35,6 +35,8 @@ class FileUserDefaults final : public UserDefaults {
   bool boolForKey(std::string_view key) const override;
   void setBool(std::string_view key, bool value) override;
   std::optional<std::vector<Data>> dataArrayForKey(std::string_view key) const override;
+  /// What others have added to the array, or removed from it, since it was last got or set here, is
+  /// added to `value` or removed from it.
   void setDataArray(std::string_view key, const std::vector<Data>& value) override;
 
   /// Changes the array at `key` (empty if there is no value) so that no other process comes between
@@ -56,6 +58,8 @@ class FileUserDefaults final : public UserDefaults {
   mutable DefaultsFile file_;
   mutable DefaultsDocument document_;
   std::map<std::string, bool, std::less<>> registered_;
+  /// The arrays as they were last got or set here.
+  mutable std::map<std::string, std::vector<Data>, std::less<>> known_;
   std::vector<Change> unsaved_;  ///< made in `document_` but not in the file
 };
 

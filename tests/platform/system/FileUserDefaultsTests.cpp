@@ -184,6 +184,62 @@ TEST_F(FileUserDefaultsTest, LoseNothingWhenManyProcessesWriteAtOnce) {
   EXPECT_EQ(folder.names(), (Names{"defaults.json", "defaults.json.lock"}));
 }
 
+TEST_F(FileUserDefaultsTest, KeepWhatOthersMakeOfAnArrayBetweenReadingAndWriting) {
+  const Data a = dataOf("a"), b = dataOf("b"), ours = dataOf("ours"), theirs = dataOf("theirs");
+  auto theirDefaults = open();
+  theirDefaults.setDataArray("array", {a, b});
+  auto defaults = open();
+  EXPECT_EQ(defaults.dataArrayForKey("array"), (Array{a, b}));
+  theirDefaults.setDataArray("array", {b, theirs});
+  // Not seen here yet, however often the array is set; other values may be.
+  EXPECT_FALSE(defaults.boolForKey("on"));
+  for (int i = 0; i < 2; ++i) {
+    defaults.setDataArray("array", {a, b, ours});
+    EXPECT_EQ(open().dataArrayForKey("array"), (Array{b, ours, theirs}));
+  }
+  EXPECT_EQ(defaults.dataArrayForKey("array"), (Array{b, ours, theirs}));
+  defaults.setDataArray("array", {ours});
+  EXPECT_EQ(open().dataArrayForKey("array"), Array{ours});
+}
+
+TEST_F(FileUserDefaultsTest, TakeTheSameAdditionForOne) {
+  auto defaults = open();
+  EXPECT_EQ(defaults.dataArrayForKey("array"), std::nullopt);
+  open().setDataArray("array", {dataOf("theirs"), dataOf("both")});
+  defaults.setDataArray("array", {dataOf("both")});
+  EXPECT_EQ(open().dataArrayForKey("array"), (Array{dataOf("both"), dataOf("theirs")}));
+}
+
+TEST_F(FileUserDefaultsTest, ReplaceAnArrayThatWasNeverAskedFor) {
+  open().setDataArray("array", {dataOf("old")});
+  open().setDataArray("array", {dataOf("new")});
+  EXPECT_EQ(open().dataArrayForKey("array"), Array{dataOf("new")});
+}
+
+TEST_F(FileUserDefaultsTest, TakeAnArrayThatIsLostOrSpoiledForNoChangeOfIt) {
+  for (const char* const lost : {"{}", R"({"array": ["by hand"]})", "damaged"}) {
+    open().setDataArray("array", {dataOf("a")});
+    auto defaults = open();
+    EXPECT_EQ(defaults.dataArrayForKey("array"), Array{dataOf("a")});
+    write(lost);
+    defaults.setDataArray("array", {dataOf("a"), dataOf("b")});
+    EXPECT_EQ(open().dataArrayForKey("array"), (Array{dataOf("a"), dataOf("b")})) << lost;
+  }
+}
+
+TEST_F(FileUserDefaultsTest, KeepWhatOthersMakeOfAnArrayThatCouldNotBeStored) {
+  auto defaults = open();
+  EXPECT_EQ(defaults.dataArrayForKey("array"), std::nullopt);
+  {
+    const FlushHook fullDisk([](int) { return ENOSPC; });
+    defaults.setDataArray("array", {dataOf("ours")});
+  }
+  open().setDataArray("array", {dataOf("theirs")});
+  EXPECT_EQ(defaults.dataArrayForKey("array"), (Array{dataOf("ours"), dataOf("theirs")}));
+  defaults.setBool("on", true);
+  EXPECT_EQ(open().dataArrayForKey("array"), (Array{dataOf("ours"), dataOf("theirs")}));
+}
+
 TEST_F(FileUserDefaultsTest, SetADamagedFileAsideUnderAnotherName) {
   for (const std::string damaged : {"{\"on\": true", "[]", "true", "{\"on\": tru}", "\xFF\xFE",
                                     "{} {}", "{\"a\": \"\xFF\"}", "{'on': true}"}) {

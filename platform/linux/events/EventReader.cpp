@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 
@@ -18,15 +19,18 @@
 
 namespace kestrivane {
 
-std::unique_ptr<EventReader> EventReader::create(Logger& logger,
-                                                 const WatchingObserver& onWatching) {
+std::unique_ptr<EventReader> EventReader::create(Logger& logger, const WatchingObserver& onWatching,
+                                                 const MountsObserver& onMountsChange) {
   std::unique_ptr<Inotify> inotify = Inotify::create();
   FileDescriptor wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   if (!wakeUp) throw PlatformError(errno, "eventfd: " + std::generic_category().message(errno));
-  std::unique_ptr<EventReader> reader(new EventReader(std::move(inotify), std::move(wakeUp)));
+  FileDescriptor mounts(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC));
+  std::unique_ptr<EventReader> reader(
+      new EventReader(std::move(inotify), std::move(wakeUp), std::move(mounts)));
   const SignalMask mask;  // inherited by the reading thread and, from it, by the walking ones
-  reader->thread_ =
-      std::thread([&self = *reader, &logger, &onWatching] { self.run(logger, onWatching); });
+  reader->thread_ = std::thread([&self = *reader, &logger, &onWatching, &onMountsChange] {
+    self.run(logger, onWatching, onMountsChange);
+  });
   return reader;
 }
 
@@ -49,12 +53,16 @@ void EventReader::removeStream(StreamId id) {
   post([id](EventRouter& router) { router.removeStream(id); });
 }
 
-void EventReader::run(Logger& logger, const WatchingObserver& onWatching) {
+void EventReader::run(Logger& logger, const WatchingObserver& onWatching,
+                      const MountsObserver& onMountsChange) {
   EventRouter router(*inotify_, logger, onWatching, [this](std::shared_ptr<Walk> walk) {
     post([walk = std::move(walk)](EventRouter& self) { self.walkFinished(walk); });
   });
   while (!ending_) {
-    wait(router);
+    if (wait(router)) {
+      router.mountsChanged();
+      if (onMountsChange) onMountsChange();
+    }
     // Commands come first: a walk that has ended by now is settled when all events that were queued
     // during it have been read.
     runCommands(router);
@@ -86,8 +94,10 @@ void EventReader::runCommands(EventRouter& router) {
     command(router);
 }
 
-void EventReader::wait(const EventRouter& router) const {
-  std::array<pollfd, 2> sources{{{inotify_->descriptor(), POLLIN, 0}, {wakeUp_.get(), POLLIN, 0}}};
+bool EventReader::wait(const EventRouter& router) const {
+  std::array<pollfd, 3> sources{{{mounts_.get(), POLLPRI, 0},  // passed over if it is not open
+                                 {inotify_->descriptor(), POLLIN, 0},
+                                 {wakeUp_.get(), POLLIN, 0}}};
   timespec timeout{};
   const timespec* limit = nullptr;  // as long as it takes
   if (router.isBusy()) {
@@ -99,7 +109,8 @@ void EventReader::wait(const EventRouter& router) const {
     timeout = {.tv_sec = seconds.count(), .tv_nsec = (left - seconds).count()};
     limit = &timeout;
   }
-  ::ppoll(sources.data(), sources.size(), limit, nullptr);
+  return ::ppoll(sources.data(), sources.size(), limit, nullptr) > 0 &&
+         (sources[0].revents & POLLPRI) != 0;
 }
 
 EventReader::KernelQueue EventReader::read(EventRouter& router, EventRouter::TimePoint now) {

@@ -173,6 +173,11 @@ void EventRouter::recoverFromOverflow(TimePoint now) {
   }
 }
 
+void EventRouter::mountsChanged() {
+  for (auto& [id, stream] : streams_)
+    walker_.startAtRoots(makeWalk(id, stream, Walk::Reports::nothing), stream.paths.size());
+}
+
 std::shared_ptr<Walk> EventRouter::makeWalk(StreamId id, Stream& stream, Walk::Reports reports) {
   ++stream.walksUnderWay;
   return std::make_shared<Walk>(Walk{.stream = id, .reports = reports});
@@ -212,10 +217,15 @@ void EventRouter::logFailures(Stream& stream, const Walk& walk) {
                                      "fs.inotify.max_user_watches");
   }
   for (const Walk::Failure& failure : walk.failures) {
-    const std::string& path = failure.path.empty() ? stream.paths[failure.rootIndex] : failure.path;
+    const bool isStreamsFolder = failure.path.empty();
+    if (isStreamsFolder) {
+      // It is looked for whenever a disk comes or goes.
+      if (stream.isFolderMissing[failure.rootIndex]) continue;
+      stream.isFolderMissing[failure.rootIndex] = true;
+    }
+    const std::string& path = isStreamsFolder ? stream.paths[failure.rootIndex] : failure.path;
     logger_.log(LogLevel::error, "Не удалось начать наблюдение за папкой " + path + ": " +
                                      std::generic_category().message(failure.error));
-    if (failure.path.empty()) stream.isFolderMissing[failure.rootIndex] = true;
   }
   stream.isPartial |= walk.limitReached || !walk.failures.empty();
 }

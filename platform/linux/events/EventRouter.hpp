@@ -42,6 +42,9 @@ class EventRouter {
   void walkFinished(std::shared_ptr<Walk> walk) { finishedWalks_.push_back(std::move(walk)); }
   void queueDrained(TimePoint now);
 
+  /// Looks for the streams' folders again: a disk with them may have come or gone.
+  void mountsChanged();
+
   /// Posts the batches that are due.
   void deliver(TimePoint now, KernelQueue queue);
   /// Ends some of the watches that nobody needs.

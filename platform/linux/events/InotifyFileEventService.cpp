@@ -50,9 +50,11 @@ void dropTrailingSlashes(std::string& path) {
 
 }  // namespace
 
-InotifyFileEventService::InotifyFileEventService(UnifiedLog& log, WatchingObserver onWatching)
+InotifyFileEventService::InotifyFileEventService(UnifiedLog& log, WatchingObserver onWatching,
+                                                 MountsObserver onMountsChange)
     : logger_(log.makeLogger(logSubsystem, "InotifyFileEventService")),
-      onWatching_(std::move(onWatching)) {}
+      onWatching_(std::move(onWatching)),
+      onMountsChange_(std::move(onMountsChange)) {}
 
 InotifyFileEventService::~InotifyFileEventService() = default;
 
@@ -73,7 +75,7 @@ std::unique_ptr<FileEventStream> InotifyFileEventService::createStream(
 
   const std::lock_guard lock(mutex_);
   try {
-    if (!reader_) reader_ = EventReader::create(*logger_, onWatching_);
+    if (!reader_) reader_ = EventReader::create(*logger_, onWatching_, onMountsChange_);
   } catch (const PlatformError& error) {
     logger_->log(LogLevel::error, "Не удалось начать приём событий файловой системы: " +
                                       error.localizedDescription());

@@ -2,9 +2,10 @@
 //
 // One inotify instance, one reading thread and two walking ones serve all streams; they start with
 // the first stream. Folders may lie inside each other, be watched twice or have several names. What
-// the kernel does not report is not seen: mounting below the folder, renaming above it, and changes
-// made on another machine. Thread-safety: every operation may be called from any thread. Ownership:
-// the service owns its threads and outlives its streams; log and observer outlive the service.
+// the kernel does not report is not seen: mounting below the folder, renaming above it, and
+// changes made on another machine. A folder whose disk comes back is watched again. Thread-safety:
+// every operation may be called from any thread. Ownership: the service owns its threads and
+// observers and outlives its streams; the log outlives the service.
 #pragma once
 
 #include <atomic>
@@ -21,7 +22,8 @@ class EventReader;
 
 class InotifyFileEventService final : public FileEventService {
  public:
-  explicit InotifyFileEventService(UnifiedLog& log, WatchingObserver onWatching = {});
+  explicit InotifyFileEventService(UnifiedLog& log, WatchingObserver onWatching = {},
+                                   MountsObserver onMountsChange = {});
   ~InotifyFileEventService() override;
 
   FileEventId currentEventId() override;
@@ -36,6 +38,7 @@ class InotifyFileEventService final : public FileEventService {
  private:
   std::unique_ptr<Logger> logger_;
   WatchingObserver onWatching_;
+  MountsObserver onMountsChange_;
   std::mutex mutex_;
   std::unique_ptr<EventReader> reader_;  // made with the first stream
   std::atomic<std::uint32_t> lastStreamId_ = 0;

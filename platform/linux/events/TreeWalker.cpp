@@ -109,7 +109,10 @@ FileDescriptor TreeWalker::openTop(Step& step, Worker& worker) {
         registry_.attachRoot(step.walk->stream, step.rootIndex, worker.resolver, descriptor);
     step.directory = root.directory;
     error = root.error;
-    if (error != 0) descriptor.reset();
+    if (error != 0 || !root.needsListing) {
+      worker.resolver.leave();
+      descriptor.reset();
+    }
   } else {
     descriptor = registry_.open(step.directory, worker.resolver, error);
     // It will be listed where it is, once that is known.

@@ -1,5 +1,5 @@
-// How much of a folder is watched, and who is told. Thread-safety: a value and a function type.
-// Ownership: none.
+// How much of a folder is watched, and who is told of that and of mounts. Thread-safety: a value
+// and function types. Ownership: none.
 #pragma once
 
 #include <functional>
@@ -16,5 +16,9 @@ enum class WatchCoverage {
 /// Told once for each folder of a stream when the first walk is over; with `complete`, no rename
 /// made from then on is lost. Called on a thread of the service, which waits for it to return.
 using WatchingObserver = std::function<void(const std::string& path, WatchCoverage coverage)>;
+
+/// Told whenever a file system was mounted or unmounted, once there has been a stream. Called on a
+/// thread of the service, which waits for it to return.
+using MountsObserver = std::function<void()>;
 
 }  // namespace kestrivane

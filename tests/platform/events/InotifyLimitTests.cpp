@@ -1,10 +1,4 @@
-#include <csignal>
-
-#include <sched.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
+#include "tests/platform/events/Namespaces.hpp"
 #include "tests/platform/events/WatchFixture.hpp"
 
 namespace kestrivane::test {
@@ -122,31 +116,14 @@ TEST_F(InotifyLimitTest, RelativePathsAreRefused) {
   EXPECT_EQ(nullptr, watched.stream);
 }
 
-/// Forks into a user namespace, which has limits of its own. Not by unshare(2): that refuses a
-/// process with threads, and sanitizers have some.
-pid_t forkIntoUserNamespace() {
-  return static_cast<pid_t>(
-      ::syscall(SYS_clone, CLONE_NEWUSER | SIGCHLD, nullptr, nullptr, nullptr, nullptr));
-}
-
 /// Runs the body of `Test` in a process of its own, in which the user has a limit of `value`.
 template <typename Test>
 void runWithLimit(const std::string& limit, int value) {
-  constexpr int notPermitted = 77;
-  const pid_t child = forkIntoUserNamespace();
-  if (child < 0) GTEST_SKIP() << "user namespaces are not permitted: no limit can be lowered";
-  if (child == 0) {
+  runInNamespaces<Test>(0, [&] {
     std::ofstream setting("/proc/sys/user/" + limit);
     setting << value << std::flush;
-    if (!setting) ::_exit(notPermitted);
-    Test().TestBody();
-    ::_exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  int status = 0;
-  ASSERT_EQ(child, ::waitpid(child, &status, 0));
-  ASSERT_TRUE(WIFEXITED(status));
-  if (WEXITSTATUS(status) == notPermitted) GTEST_SKIP() << limit << " cannot be lowered here";
-  EXPECT_EQ(0, WEXITSTATUS(status));
+    return static_cast<bool>(setting);
+  });
 }
 
 TEST(InotifyUserLimitTest, AtTheLimitOnWatchesWhatIsWatchedGoesOnAndTheSettingIsNamed) {

@@ -4,7 +4,6 @@
 #include <QDBusConnection>
 #include <QFile>
 #include <QStandardPaths>
-#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <optional>
@@ -12,6 +11,7 @@
 #include <utility>
 
 #include "app/AppDelegate.hpp"
+#include "app/Quitting.hpp"
 #include "async/TaskScope.hpp"
 #include "cli/Converters.hpp"
 #include "cli/StopSignals.hpp"
@@ -44,11 +44,6 @@
 
 namespace kestrivane {
 namespace {
-
-using namespace std::chrono_literals;
-
-/// How often the end of the conversions under way is looked for while the program quits.
-constexpr auto quittingInterval = 20ms;
 
 UpdateSource updateSource() {
   const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
@@ -106,25 +101,7 @@ class KestrivaneApp::Program {
     return EXIT_FAILURE;
   }
 
-  /// Watches nothing any more and ends when the conversions under way have; at once when it is
-  /// asked for again.
-  void quit() {
-    if (std::exchange(isQuitting_, true)) {
-      application_.terminate();
-      return;
-    }
-    popover_.performClose();
-    viewModel_->stopAllMonitoring();
-    endWhenIdle();
-  }
-
-  void endWhenIdle() {
-    if (tasks_.empty()) {
-      application_.terminate();
-    } else {
-      loop_.postAfter(quittingInterval, [this] { endWhenIdle(); });
-    }
-  }
+  void quit() { quitting_.quit(); }
 
   QtApplication application_;
   QtEventLoop loop_;
@@ -137,7 +114,6 @@ class KestrivaneApp::Program {
                                   delegate_.openPopover();
                                 },
                             .quit = [this] { quit(); }}};
-  bool isQuitting_ = false;
 
   std::unique_ptr<LinuxLog> log_ = LinuxLog::create();
   LinuxFileManager fileManager_;
@@ -179,6 +155,7 @@ class KestrivaneApp::Program {
                 {[] { return L10n::choose("Quit", "Выйти"); }, [this] { quit(); }}},
        .isClickSpent = [this] { return popover_.takeClosingClick(); },
        .onUnseen = [this] { showWithoutTray(); }}};
+  Quitting quitting_{{application_, popover_, *viewModel_, loop_, tasks_}};
   AppDelegate delegate_{{application_, *notificationCenter_, popover_, statusBar_, updater_},
                         viewModel_};
 };

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "app/AppDelegate.hpp"
+#include "app/Quitting.hpp"
 #include "app/macos/MacApplication.hpp"
 #include "app/macos/MacPopover.hpp"
 #include "app/macos/MacStatusBar.hpp"
@@ -68,8 +69,8 @@ class KestrivaneApp::Program {
   std::unique_ptr<QQuickItem> makeContent(QQmlEngine& engine) {
     addViews(engine);
     viewModelObject_ = std::make_unique<ViewModelObject>(
-        viewModel_,
-        ViewModelObject::Actions{[this] { updater_.checkForUpdates(); }, [this] { quit(); }});
+        viewModel_, ViewModelObject::Actions{[this] { updater_.checkForUpdates(); },
+                                             [this] { quitting_.quit(); }});
     QQmlComponent component(&engine, contentViewURL());
     std::unique_ptr<QObject> content(component.createWithInitialProperties(
         {{"viewModel", QVariant::fromValue(viewModelObject_.get())}}));
@@ -77,21 +78,8 @@ class KestrivaneApp::Program {
     return std::unique_ptr<QQuickItem>(qobject_cast<QQuickItem*>(content.release()));
   }
 
-  /// Watches nothing any more and ends when the conversions under way have; at once when it is
-  /// asked for again.
-  void quit() {
-    if (std::exchange(isQuitting_, true) || tasks_.empty()) {
-      application_.terminate();
-      return;
-    }
-    tasks_.onEmpty = [this] { application_.terminate(); };
-    popover_.performClose();
-    viewModel_->stopAllMonitoring();
-  }
-
   MacApplication application_;
   QtEventLoop loop_;
-  bool isQuitting_ = false;
 
   MacLog log_;
   MacFileManager fileManager_;
@@ -118,6 +106,7 @@ class KestrivaneApp::Program {
   std::unique_ptr<ViewModelObject> viewModelObject_;
   MacPopover popover_{[this](QQmlEngine& engine) { return makeContent(engine); }};
   MacStatusBar statusBar_{[this](double press) { return popover_.hasClosedSince(press); }};
+  Quitting quitting_{{application_, popover_, *viewModel_, loop_, tasks_}};
   AppDelegate delegate_{{application_, notificationCenter_, popover_, statusBar_, updater_},
                         viewModel_};
 };

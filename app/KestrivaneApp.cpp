@@ -15,6 +15,7 @@
 #include "async/TaskScope.hpp"
 #include "cli/Converters.hpp"
 #include "cli/StopSignals.hpp"
+#include "monitor/FileObserver.hpp"
 #include "platform/UUID.hpp"
 #include "platform/linux/desktop/ApplicationPalette.hpp"
 #include "platform/linux/desktop/DesktopOpenPanel.hpp"
@@ -67,6 +68,8 @@ class KestrivaneApp::Program {
     const std::optional<FileLock> lock = tryLockSavedFolders();
     if (!lock) return refuse();
     const StopSignals stopSignals([this] { loop_.post([this] { quit(); }); });
+    const FileObserver listObserver(fileEvents_, *dispatch_, userDefaults_.file(),
+                                    [this] { viewModel_->followSavedFolders(); });
     delegate_.applicationDidFinishLaunching();
     if (!folders.empty()) {
       // After the saved ones, which are restored on the loop's next turn.
@@ -103,6 +106,12 @@ class KestrivaneApp::Program {
 
   void quit() { quitting_.quit(); }
 
+  /// The saved list may have changed before it was watched, and a disk may have come with a folder
+  /// of it. May be called from any thread.
+  void followList() {
+    loop_.post([this] { viewModel_->followSavedFolders(); });
+  }
+
   QtApplication application_;
   QtEventLoop loop_;
   QDBusConnection bus_ = QDBusConnection::sessionBus();
@@ -119,6 +128,7 @@ class KestrivaneApp::Program {
   LinuxFileManager fileManager_;
   LinuxBundle bundle_ = LinuxBundle::ofThisProgram();
   FileUserDefaults userDefaults_{userDefaultsFile(), *log_};
+  const std::string listFolder_ = userDefaults_.file().deletingLastPathComponent().path();
   LinuxSecurityScopedBookmarks bookmarks_;
   DesktopOpenPanel openPanel_{bus_, bundle_};
   std::unique_ptr<FreedesktopNotificationCenter> notificationCenter_ =
@@ -128,7 +138,11 @@ class KestrivaneApp::Program {
   AppcastUpdater updater_{updateSource(), loop_,         dispatch_->longWorkQueue(),
                           *log_,          updatePrompt_, downloadModule::downloader(bundle_)};
   Converters converters_{fileManager_, *log_, *dispatch_};
-  InotifyFileEventService fileEvents_{*log_};
+  InotifyFileEventService fileEvents_{*log_,
+                                      [this](const std::string& path, WatchCoverage) {
+                                        if (path == listFolder_) followList();
+                                      },
+                                      [this] { followList(); }};
   TaskScope tasks_{loop_};
   std::shared_ptr<AppViewModel> viewModel_ =
       AppViewModel::create({fileManager_, fileEvents_, *notificationCenter_, userDefaults_,

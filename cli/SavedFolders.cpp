@@ -2,39 +2,31 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <span>
 
 #include "cli/CommandLine.hpp"
 #include "platform/PlatformError.hpp"
-#include "platform/linux/system/FolderBookmark.hpp"
 #include "state/BookmarkManager.hpp"
 #include "state/L10n.hpp"
 
 namespace kestrivane {
 namespace {
 
-/// Whether the bookmark is one of this folder, under this name up to dots and slashes.
-bool names(std::span<const std::byte> bookmark, const FileURL& folder) {
-  try {
-    const std::string path = FolderBookmark::decode(bookmark).path;
-    return path == folder.path() || absoluteFolderPath(path) == folder.path();
-  } catch (const PlatformError&) {
-    return false;  // damaged: it names nothing
-  } catch (const std::filesystem::filesystem_error&) {
-    return false;  // what it names cannot be found
-  }
+/// Whether these are names of one folder, up to dots and slashes.
+bool isSame(const FileURL& place, const FileURL& folder) try {
+  return place == folder || absoluteFolderPath(place.path()) == folder.path();
+} catch (const std::filesystem::filesystem_error&) {
+  return false;  // nothing is at the place
 }
 
 }  // namespace
 
-std::optional<std::vector<SavedFolders::Entry>> SavedFolders::entries() {
+std::vector<SavedFolders::Entry> SavedFolders::entries() {
   const auto bookmarks = userDefaults_.dataArrayForKey(BookmarkManager::userDefaultsKey);
-  if (!bookmarks) return std::nullopt;
   std::vector<Entry> entries;
-  for (const Data& bookmark : *bookmarks) {
+  for (const Data& bookmark : bookmarks.value_or(std::vector<Data>{})) {
     Entry& entry = entries.emplace_back();
+    if (const auto place = bookmarks_.placeOf(bookmark)) entry.path = place->path();
     try {
-      entry.path = FolderBookmark::decode(bookmark).path;
       if (!bookmarks_.startAccessing(bookmarks_.resolve(bookmark).url)) {
         entry.problem = L10n::choose("You have no permission to read this folder.",
                                      "Нет прав на чтение этой папки.");
@@ -52,7 +44,7 @@ bool SavedFolders::add(const FileURL& folder) {
   userDefaults_.updateDataArray(
       BookmarkManager::userDefaultsKey, [&](std::vector<Data>& bookmarks) {
         isNew = std::ranges::none_of(bookmarks,
-                                     [&](const Data& bookmark) { return names(bookmark, folder); });
+                                     [&](const Data& bookmark) { return isOf(bookmark, folder); });
         if (isNew) bookmarks.push_back(added);
       });
   return isNew;
@@ -63,9 +55,14 @@ bool SavedFolders::remove(const FileURL& folder) {
   userDefaults_.updateDataArray(
       BookmarkManager::userDefaultsKey, [&](std::vector<Data>& bookmarks) {
         removed =
-            std::erase_if(bookmarks, [&](const Data& bookmark) { return names(bookmark, folder); });
+            std::erase_if(bookmarks, [&](const Data& bookmark) { return isOf(bookmark, folder); });
       });
   return removed > 0;
+}
+
+bool SavedFolders::isOf(const Data& bookmark, const FileURL& folder) const {
+  const auto place = bookmarks_.placeOf(bookmark);
+  return place && isSame(*place, folder);
 }
 
 }  // namespace kestrivane

@@ -5,7 +5,6 @@
 // Ownership: refers to the preferences, which outlive it.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,8 +23,8 @@ class SavedFolders {
     std::string problem;  ///< for the user: why it cannot be watched; empty when it can
   };
 
-  /// The list in its order; nothing if there is none.
-  std::optional<std::vector<Entry>> entries();
+  /// In the order of the list.
+  std::vector<Entry> entries();
 
   /// False when the folder is in the list already. Throws `PlatformError`.
   bool add(const FileURL& folder);
@@ -34,6 +33,8 @@ class SavedFolders {
   bool remove(const FileURL& folder);
 
  private:
+  bool isOf(const Data& bookmark, const FileURL& folder) const;
+
   FileUserDefaults& userDefaults_;
   LinuxSecurityScopedBookmarks bookmarks_;
 };

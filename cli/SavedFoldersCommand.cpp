@@ -32,8 +32,7 @@ class SavedFoldersCommand {
 
  private:
   void list() {
-    for (const SavedFolders::Entry& entry :
-         folders_.entries().value_or(std::vector<SavedFolders::Entry>{})) {
+    for (const SavedFolders::Entry& entry : folders_.entries()) {
       if (!entry.path.empty()) output_.writeLine(entry.path);
       if (!entry.problem.empty()) complain(entry.path, entry.problem);
     }

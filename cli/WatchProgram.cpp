@@ -15,11 +15,10 @@
 #include "async/TaskScope.hpp"
 #include "cli/CommandLine.hpp"
 #include "cli/Converters.hpp"
-#include "cli/FileObserver.hpp"
 #include "cli/LineWriter.hpp"
 #include "cli/PrintingNotificationCenter.hpp"
-#include "cli/SavedFolders.hpp"
 #include "cli/StopSignals.hpp"
+#include "monitor/FileObserver.hpp"
 #include "platform/PlatformError.hpp"
 #include "platform/linux/events/InotifyFileEventService.hpp"
 #include "platform/linux/system/FileLock.hpp"
@@ -77,10 +76,9 @@ class WatchProgram {
   }
 
   /// Watches from now on what stands in the saved list, whoever changes it.
-  void follow(FileUserDefaults& userDefaults) {
-    unannounced_ = userDefaults.file().deletingLastPathComponent().path();
-    observer_.emplace(fileEvents_, *dispatch_, userDefaults.file(),
-                      [this, &userDefaults] { takeOverListOf(userDefaults); });
+  void follow(const FileUserDefaults& userDefaults) {
+    listFolder_ = userDefaults.file().deletingLastPathComponent().path();
+    observer_.emplace(fileEvents_, *dispatch_, userDefaults.file(), [this] { followList(); });
   }
 
   int run() {
@@ -90,21 +88,15 @@ class WatchProgram {
   }
 
  private:
-  /// The list is left as it is: saving it is up to the program that has changed it.
-  void takeOverListOf(FileUserDefaults& userDefaults) {
-    if (isStopping_) return;
-    const auto saved = SavedFolders(userDefaults).entries();
-    if (!saved) return;
-    viewModel_->loadSavedFolders();
-    for (const FileURL& url : viewModel_->monitoredFolders().value()) {
-      const bool isSaved = std::ranges::any_of(
-          *saved, [&url](const SavedFolders::Entry& entry) { return entry.path == url.path(); });
-      if (!isSaved) viewModel_->stopMonitoring(url);
-    }
+  /// May be called from any thread.
+  void followList() {
+    loop_.post([this] {
+      if (observer_ && !isStopping_) viewModel_->followSavedFolders();
+    });
   }
 
   void report(const std::string& path, WatchCoverage coverage) {
-    if (path == unannounced_) return;
+    if (path == listFolder_) return followList();  // it may have changed before
     if (coverage == WatchCoverage::complete) {
       output_.writeLine("watching " + path);
     } else {
@@ -142,9 +134,10 @@ class WatchProgram {
   PrintingNotificationCenter notificationCenter_{output_, *desktop_};
   std::unique_ptr<LinuxDispatch> dispatch_ = LinuxDispatch::create(loop_);
   Converters converters_{fileManager_, *log_, *dispatch_};
-  std::string unannounced_;  ///< a folder that is watched for the program's own sake
+  std::string listFolder_;  ///< of the saved list, if that is followed
   InotifyFileEventService fileEvents_{
-      *log_, [this](const std::string& path, WatchCoverage coverage) { report(path, coverage); }};
+      *log_, [this](const std::string& path, WatchCoverage coverage) { report(path, coverage); },
+      [this] { followList(); }};
   std::optional<FileObserver> observer_;
   TaskScope tasks_{loop_};
   std::shared_ptr<AppViewModel> viewModel_ =

@@ -26,6 +26,8 @@ add_library(kestrivane_core STATIC
   engine/ConversionError.hpp
   engine/ConvertersActor.hpp
   engine/FileConverter.hpp
+  monitor/FileObserver.cpp
+  monitor/FileObserver.hpp
   monitor/FolderEvent.hpp
   monitor/FolderMonitor.cpp
   monitor/FolderMonitor.hpp

@@ -10,7 +10,7 @@ import subprocess
 import harness
 from harness import Watch, WatchTestCase, failure, success, UNREADABLE
 from pictures import SMALL, smallPicture
-from waiting import PATIENCE, waitUntil
+from waiting import PATIENCE, output, waitUntil
 
 KEY = "com.kestrivane.monitoredBookmarks"
 
@@ -255,6 +255,64 @@ class Watching(SavedFoldersTestCase):
 
     def waitForKind(self, name, signature):
         waitUntil(lambda: self.read(name).startswith(signature), f"{name} to be converted")
+
+
+class Disk(SavedFoldersTestCase):
+    """A folder on a disk that comes and goes. The program gets mounts of its own."""
+
+    # Only root may mount: whoever is not becomes it in a user namespace.
+    namespaces = ("unshare", "--mount", "--map-root-user")
+
+    def setUp(self):
+        super().setUp()
+        if subprocess.run([*self.namespaces, "true"], stderr=subprocess.DEVNULL).returncode != 0:
+            self.skipTest("mounts of one's own are not permitted")
+        self.place = self.makeFolder("disk")
+        self.disk = self.base / "disk"
+        (self.disk / "photos").mkdir(parents=True)
+
+    def startWithoutDisk(self):
+        self.watch = Watch([], self.environment, launcher=[*self.namespaces, harness.program])
+        self.addCleanup(self.watch.process.kill)
+        waitUntil(lambda: self.watch.watchedDirectories() > 0, "the list to be watched")
+
+    def mount(self):
+        self.inMounts("mount", "--bind", self.disk, self.place)
+
+    def unmount(self):
+        self.inMounts("umount", self.place)
+
+    def inMounts(self, *command):
+        """Runs a command that sees and changes the mounts of the program."""
+        target = f"--target={self.watch.process.pid}"
+        output("nsenter", target, "--user", "--mount", "--preserve-credentials", *command)
+
+    def convertOnDisk(self, name):
+        photo = self.disk / "photos" / name
+        shutil.copyfile(smallPicture(self.base), f"{photo}.png")
+        os.rename(f"{photo}.png", f"{photo}.jpg")
+        self.watch.waitForLine(success(f"{name}.png", f"{name}.jpg"))
+
+    def test_a_saved_folder_is_watched_once_its_disk_is_there(self):
+        saved = self.makeFolder("disk/photos")
+        self.command("--add", saved)
+        os.rmdir(saved)
+        self.startWithoutDisk()
+        self.mount()
+        self.watch.waitForLine(f"watching {saved}")
+        self.convertOnDisk("photo")
+
+    def test_a_watched_folder_is_watched_again_when_its_disk_is_back(self):
+        self.command("--add", self.place)
+        self.startWithoutDisk()
+        self.watch.waitForLine(f"watching {self.place}")
+        without = self.watch.watchedDirectories()
+        for number in (1, 2):
+            self.mount()
+            waitUntil(lambda: self.watch.watchedDirectories() == without + 1, "the disk's folder")
+            self.convertOnDisk(f"photo{number}")
+            self.unmount()
+            waitUntil(lambda: self.watch.watchedDirectories() == without, "the end of its watch")
 
 
 class Overlapping(SavedFoldersTestCase):

@@ -59,6 +59,7 @@ class DesktopTestCase(unittest.TestCase):
             "DBUS_SESSION_BUS_ADDRESS": self.bus.address,
             "NO_AT_BRIDGE": "1",
         }
+        self.configuration = self.base / ".config" / "kestrivane"
         self.startDisplay()
         self.startNotifications()
         self.program = harness.program.parent / "kestrivane"
@@ -216,13 +217,15 @@ class DesktopTestCase(unittest.TestCase):
     # What the application knows
 
     def watchedDirectories(self):
-        count = 0
+        """How many directories are watched, without the one that the saved list is in."""
+        inodes = []
         for entry in pathlib.Path(f"/proc/{self.application.pid}/fdinfo").iterdir():
             try:
-                count += entry.read_text().count("inotify wd:")
+                inodes += re.findall(r"inotify wd:\S+ ino:(\S+)", entry.read_text())
             except FileNotFoundError:
                 pass  # closed since the listing
-        return count
+        own = self.configuration.stat().st_ino if self.configuration.exists() else None
+        return sum(int(inode, 16) != own for inode in inodes)
 
     def waitUntilWatching(self, count):
         waitUntil(lambda: self.watchedDirectories() == count, f"{count} watched directories")

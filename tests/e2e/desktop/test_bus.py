@@ -115,7 +115,7 @@ class Bus(DesktopTestCase):
         self.press("space")  # again: the first one is over
         self.assertEqual(portal.stdout.readline(), "Добавить папки 1 1\n")
         self.assertEqual(self.watchedDirectories(), 0)
-        self.assertFalse((self.base / ".config" / "kestrivane" / "defaults.json").exists())
+        self.assertFalse((self.configuration / "defaults.json").exists())
 
     def test_without_a_portal_a_dialogue_of_our_own_chooses(self):
         self.makeFolder("chosen")

@@ -127,7 +127,7 @@ class Conversions(DesktopTestCase):
         self.waitUntilClosed()
 
     def settings(self):
-        file = self.base / ".config" / "kestrivane" / "defaults.json"
+        file = self.configuration / "defaults.json"
         return file.read_text() if file.exists() else ""
 
     def quit(self):

@@ -1,4 +1,4 @@
-#include "cli/FileObserver.hpp"
+#include "monitor/FileObserver.hpp"
 
 #include <algorithm>
 #include <chrono>

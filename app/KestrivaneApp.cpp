@@ -16,6 +16,7 @@
 #include "cli/Converters.hpp"
 #include "cli/StopSignals.hpp"
 #include "monitor/FileObserver.hpp"
+#include "platform/PlatformError.hpp"
 #include "platform/UUID.hpp"
 #include "platform/linux/desktop/ApplicationPalette.hpp"
 #include "platform/linux/desktop/DesktopOpenPanel.hpp"
@@ -65,8 +66,18 @@ class KestrivaneApp::Program {
 
   int run(std::vector<FileURL> folders) {
     if (!instance_.isFirst()) return instance_.handOver(folders) ? EXIT_SUCCESS : EXIT_FAILURE;
-    const std::optional<FileLock> lock = tryLockSavedFolders();
-    if (!lock) return refuse();
+    std::optional<FileLock> lock;
+    try {
+      lock = tryLockSavedFolders();
+    } catch (const PlatformError& error) {
+      return refuse(error.localizedDescription());
+    }
+    if (!lock) {
+      // Two programs that convert the same files would get in each other's way.
+      return refuse(
+          L10n::choose("kestrivane-watch is running already and watches the saved folders.",
+                       "kestrivane-watch уже запущен и следит за сохранёнными папками."));
+    }
     const StopSignals stopSignals([this] { loop_.post([this] { quit(); }); });
     const FileObserver listObserver(fileEvents_, *dispatch_, userDefaults_.file(),
                                     [this] { viewModel_->followSavedFolders(); });
@@ -94,11 +105,7 @@ class KestrivaneApp::Program {
     delegate_.openPopover();
   }
 
-  /// Two programs that convert the same files would get in each other's way.
-  int refuse() {
-    const std::string reason =
-        L10n::choose("kestrivane-watch is running already and watches the saved folders.",
-                     "kestrivane-watch уже запущен и следит за сохранёнными папками.");
+  int refuse(const std::string& reason) {
     std::cerr << "kestrivane: " << reason << '\n';
     notify(reason);
     return EXIT_FAILURE;

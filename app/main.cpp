@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <filesystem>
 #include <vector>
 
 #include "app/KestrivaneApp.hpp"
@@ -26,7 +27,12 @@ int main(int argc, char** argv) {
   QGuiApplication::setDesktopFileName("com.kestrivane.Kestrivane");
 
   std::vector<FileURL> folders;
-  for (int i = 1; i < argc; ++i)
-    folders.emplace_back(absoluteFolderPath(argv[i]));
+  for (int i = 1; i < argc; ++i) {
+    try {
+      folders.emplace_back(absoluteFolderPath(argv[i]));
+    } catch (const std::filesystem::filesystem_error&) {
+      // There is no such folder; others that are none are passed over later.
+    }
+  }
   return KestrivaneApp().run(std::move(folders));
 }

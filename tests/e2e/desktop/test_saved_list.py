@@ -102,6 +102,18 @@ class SavedList(DesktopTestCase):
         self.assertConverts(ours[-1])
         self.assertConverts(theirs[-1])
 
+    def test_it_says_why_it_cannot_work_on_the_list(self):
+        self.configuration.parent.write_text("a file in the place of the folder")
+        self.start()
+        self.assertEqual(self.application.wait(PATIENCE), 1)
+        waitUntil(self.messages, "a notification")
+        self.assertIn("defaults.json", self.messages()[0])
+
+    def test_names_of_no_folder_are_passed_over(self):
+        self.startWithIcon("", f"{self.base}/nowhere/../a", f"{self.base}/nowhere", self.a)
+        self.waitUntilWatching(1)
+        self.assertConverts(self.a)
+
     def test_a_list_that_is_lost_is_no_reason_to_stop_watching(self):
         self.startWithIcon(self.a)
         self.waitUntilWatching(1)

@@ -53,6 +53,8 @@ class ToolTestCase(WatchTestCase):
         self.auxiliary.mkdir(parents=True)
         self.installed = prefix / "bin/kestrivane-watch"
         shutil.copy(harness.program, self.installed)
+        module = "libexec/kestrivane/kestrivane-media.so"
+        (prefix / module).symlink_to(harness.program.parent.parent / module)
         if isinstance(tool, pathlib.Path):
             (self.auxiliary / "ffmpeg").symlink_to(tool)
         elif tool is not None:

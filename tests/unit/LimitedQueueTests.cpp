@@ -1,5 +1,11 @@
+#include <atomic>
+#include <latch>
+#include <list>
 #include <memory>
+#include <mutex>
 #include <stdexcept>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -92,6 +98,42 @@ TEST(LimitedQueue, LosesNoTurnWhenThereIsNoThread) {
   threads.areExhausted = false;
   queue.post([] {});
   EXPECT_EQ(threads.jobs.size(), 1U);
+}
+
+/// Runs each job at once, on a thread of its own.
+class RealThreads final : public Executor {
+ public:
+  void post(Job job) override {
+    const std::lock_guard lock(mutex_);
+    threads_.emplace_back(std::move(job));
+  }
+
+ private:
+  std::mutex mutex_;
+  std::list<std::jthread> threads_;
+};
+
+TEST(LimitedQueue, NeverRunsMoreAtOnceThanItsLimit) {
+  constexpr int limit = 3;
+  constexpr int jobs = 200;
+  std::atomic running = 0;
+  std::atomic most = 0;
+  std::latch ended(jobs);
+  RealThreads threads;
+  LimitedQueue queue(threads, limit);
+  for (int i = 0; i < jobs; ++i) {
+    queue.post([&] {
+      const int now = ++running;
+      for (int former = most; now > former && !most.compare_exchange_weak(former, now);) {
+      }
+      std::this_thread::yield();
+      --running;
+      ended.count_down();
+    });
+  }
+  ended.wait();
+  EXPECT_GE(most, 1);
+  EXPECT_LE(most, limit);
 }
 
 TEST(LimitedQueue, FinishesItsJobsAfterItsEnd) {

@@ -10,7 +10,7 @@ class DenseScreen(DesktopTestCase):
     def operate(self):
         icon = self.startWithIcon()
         self.assertGreaterEqual(icon.height, 2 * 22, "as large as others on this screen")
-        self.assertGreater(len(set(self.picture(icon.box()).getdata())), 2, "something is drawn")
+        waitUntil(lambda: len(set(self.picture(icon.box()).getdata())) > 2, "the icon to be drawn")
 
         popover = self.open()
         self.assertEqual((popover.width, popover.height), (2 * POPOVER[0], 2 * POPOVER[1]))

@@ -8,9 +8,9 @@
 namespace kestrivane {
 namespace {
 
-/// Each takes all processors, and several hundred megabytes for a film of high resolution. More
-/// than one at a time, so that a short film does not wait for hours behind a long one.
-constexpr int encodingsAtOnce = 4;
+/// Each takes all processors, and several hundred megabytes for a film of high resolution. So many
+/// that films of a few folders never wait for those of others; so few that the memory lasts.
+constexpr int encodingsAtOnce = 8;
 
 }  // namespace
 

@@ -92,7 +92,7 @@ class KestrivaneApp::Program {
   MacImageIO imageIO_;
   MacAssetExporter assetExporter_;
   // AVFoundation bounds by itself what it does at once; this is for the tool.
-  LimitedQueue encodingQueue_{dispatch_.longWorkQueue(), 4};
+  LimitedQueue encodingQueue_{dispatch_.longWorkQueue(), 8};
   MacProcess process_;
   MacMediaInspector mediaInspector_;
   SparkleUpdater updater_;

@@ -324,10 +324,11 @@ class LongConversions(ToolTestCase):
 
     def test_a_tool_waits_for_its_turn_and_nothing_else_does(self):
         self.installWaitingTool()
-        folders = [self.folder / name for name in ("first", "second", "third", "others")]
+        full = ["first", "second", "third", "fourth", "fifth"]
+        folders = [self.folder / name for name in (*full, "others")]
         for folder in folders:
             folder.mkdir()
-        films = [f"{folder}/{number}" for folder in ("first", "second", "third") for number in (1, 2)]
+        films = [f"{folder}/{number}" for folder in full for number in (1, 2)]
         for film in films:
             self.put(b"a long film", f"{film}.mp4")
         self.put(smallPicture(self.base), "others/photo.png")
@@ -335,18 +336,18 @@ class LongConversions(ToolTestCase):
         self.startInstalled(*folders)
         for film in films:
             self.rename(f"{film}.mp4", f"{film}.webm")
-        self.waitForTools(4)
+        self.waitForTools(8)
         self.rename("others/photo.png", "others/photo.jpg")
         self.watch.waitForLine(success("photo.png", "photo.jpg"))
         self.rename("others/copied.mp4", "others/copied.mov")
         self.watch.waitForLine(success("copied.mp4", "copied.mov"))
-        self.assertEqual(len(self.startedTools()), 4)
+        self.assertEqual(len(self.startedTools()), 8)
         self.letToolsGo(1)
-        self.waitForTools(5)
+        self.waitForTools(9)
         self.letToolsGo(1)
-        self.waitForTools(6)
-        self.letToolsGo(4)
-        self.watch.waitForLines(8)
+        self.waitForTools(10)
+        self.letToolsGo(8)
+        self.watch.waitForLines(12)
 
 
 class Installation(ToolTestCase):

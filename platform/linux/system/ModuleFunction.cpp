@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <dlfcn.h>
 
@@ -28,6 +29,15 @@ void* found(void* result) {
   return result;
 }
 
+/// A program that has been replaced while it runs must not load parts of the new one.
+void checkVersion(void* module) {
+  const auto* version = static_cast<const char*>(found(dlsym(module, "kestrivaneModuleVersion")));
+  if (std::string_view(version) != KESTRIVANE_VERSION) {
+    throwUnusable(L10n::choose("it is of another version. Start Kestrivane again.",
+                               "она от другой версии. Запустите Kestrivane ещё раз."));
+  }
+}
+
 }  // namespace
 
 void* moduleFunction(const Bundle& bundle, const char* file, const char* name) {
@@ -35,6 +45,7 @@ void* moduleFunction(const Bundle& bundle, const char* file, const char* name) {
   if (!url) throwUnusable(file);
   // A library that is missing is told now, not in the middle of the work.
   void* const module = found(dlopen(url->path().c_str(), RTLD_NOW | RTLD_LOCAL));
+  checkVersion(module);
   return found(dlsym(module, name));
 }
 

@@ -10,7 +10,8 @@
 namespace kestrivane {
 
 /// The C function of that name in the module `file`, an auxiliary executable of the bundle, which
-/// is loaded if it has not been yet. Throws `PlatformError` with `ELIBACC` when it cannot be.
+/// is loaded if it has not been yet. Throws `PlatformError` with `ELIBACC` when it cannot be, or
+/// belongs to another version of the program.
 void* moduleFunction(const Bundle& bundle, const char* file, const char* name);
 
 /// As above, as a `Function`, which the module declares it to be.

@@ -85,6 +85,17 @@ TEST_F(MediaModuleTest, OneThatCannotBeLoadedIsAnErrorUntilItIsMended) {
   EXPECT_EQ(codeOfOpening(), 0);
 }
 
+TEST_F(MediaModuleTest, OneOfAnotherVersionIsAnError) {
+  install(FileURL(KESTRIVANE_REPLACED_MODULE));
+  try {
+    open(sample("silent.mp4"));
+    FAIL() << "it was loaded";
+  } catch (const PlatformError& error) {
+    EXPECT_EQ(error.code(), ELIBACC);
+    EXPECT_NE(error.localizedDescription().find("Start Kestrivane again."), std::string::npos);
+  }
+}
+
 TEST_F(MediaModuleTest, AnotherLibraryInItsPlaceIsAnError) {
   install(FileURL("libc.so.6"));
   EXPECT_EQ(codeOfOpening(), ELIBACC);

@@ -19,7 +19,8 @@ class StatusNotifierHost final : public QObject {
 
   bool isPresent() const { return isPresent_; }
 
- private slots:
+ public slots:
+  /// Looks again; for a moment when a panel is likely to have changed, since not every one says so.
   void ask();
 
  private:

@@ -6,7 +6,6 @@ import subprocess
 
 import dbus
 import dbus.bus
-from desktop import HERE
 from waiting import PATIENCE, waitUntil
 
 XFCONFD = "/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd"
@@ -35,13 +34,12 @@ CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
 
 class XfcePanel:
     """A running panel; ends with the test. `HEIGHT` pixels at the top of the screen are its own. The
-    panel is a tray for windows too, which the application prefers, unless that is taken away."""
+    panel is a tray for windows too, which the application prefers."""
 
     HEIGHT = 28
 
-    def __init__(self, test, withTrayOfWindows):
+    def __init__(self, test):
         self.test_ = test
-        self.withTrayOfWindows_ = withTrayOfWindows
         self.bus_ = dbus.bus.BusConnection(test.bus.address)
         test.addCleanup(self.bus_.close)
         folder = test.base / ".config" / "xfce4" / "xfconf" / "xfce-perchannel-xml"
@@ -61,8 +59,6 @@ class XfcePanel:
         )
         self.test_.addCleanup(self.die)
         waitUntil(self.isHost_, "a panel for status items")
-        if not self.withTrayOfWindows_:
-            self.test_.run_("/usr/bin/python3", "-B", str(HERE / "tray_taker.py"))
 
     def die(self):
         """Ends it without a warning."""

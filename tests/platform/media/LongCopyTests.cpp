@@ -1,4 +1,5 @@
 // The memory that the copy of a long film takes, in a child process.
+#include <algorithm>
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -31,7 +32,8 @@ long memoryToCopy(const FileURL& film, const FileURL& target) {
   if (child == 0) {
     const long before = statusOf("VmRSS");
     exportMedia(*MediaInput::open(film), target, MediaFileType::quickTimeMovie);
-    ::_exit(static_cast<int>((statusOf("VmHWM") - before) / 1024));
+    // A status has one byte.
+    ::_exit(static_cast<int>(std::min((statusOf("VmHWM") - before) / 1024, 255L)));
   }
   int status = 0;
   ::waitpid(child, &status, 0);

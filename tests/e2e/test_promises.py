@@ -1,4 +1,4 @@
-"""Each test that a table of promises in docs/ names exists."""
+"""What the tables in docs/ name exists: tests and packages."""
 
 import importlib
 import re
@@ -15,6 +15,13 @@ class Promises(unittest.TestCase):
 
     def test_of_videos(self):
         self.check("docs/videos.md", "tests/platform/media")
+
+    def test_of_dependencies(self):
+        table = (ROOT / "docs" / "dependencies.md").read_text()
+        for listing in sorted((ROOT / "packaging" / "packages").glob("*.txt")):
+            for package in re.findall(r"^([\w.+-]+) ", listing.read_text(), re.M):
+                with self.subTest(package=package, listing=listing.name):
+                    self.assertIn(f"`{package}`", table)
 
     def check(self, document, folder):
         inCpp = set()

@@ -65,8 +65,8 @@ class LinuxStatusItem final : public QObject, public StatusItem {
     } else if (!host_.isPresent()) {
       notifier_.reset();
     } else if (!notifier_) {
-      notifier_ =
-          std::make_unique<StatusNotifierItem>(QDBusConnection::sessionBus(), button_, menu_);
+      notifier_ = std::make_unique<StatusNotifierItem>(QDBusConnection::sessionBus(), connection_,
+                                                       button_, menu_);
     }
   }
 

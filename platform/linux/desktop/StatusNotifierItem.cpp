@@ -68,9 +68,12 @@ const QDBusArgument& operator>>(const QDBusArgument& in, TrayToolTip& tip) {
 }
 // NOLINTEND(misc-use-internal-linkage)
 
-StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, StatusButton& button,
-                                       std::vector<BusMenu::Entry> menu)
-    : bus_(bus), button_(button), menu_(bus, std::move(menu)) {
+StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, XConnection* connection,
+                                       StatusButton& button, std::vector<BusMenu::Entry> menu)
+    : bus_(bus),
+      fence_(connection != nullptr ? std::make_unique<XEventFence>(*connection) : nullptr),
+      button_(button),
+      menu_(bus, afterClick(std::move(menu))) {
   qDBusRegisterMetaType<TrayPixmap>();
   qDBusRegisterMetaType<QList<TrayPixmap>>();
   qDBusRegisterMetaType<TrayToolTip>();
@@ -118,7 +121,7 @@ void StatusNotifierItem::Activate(int, int) {
   // Panels do not agree on what the position is that they hand over. On X11 the pointer, which has
   // just been pressed, is known; on Wayland the popover is placed by the compositor anyway.
   anchor_ = QGuiApplication::platformName() == "xcb" ? QRect(QCursor::pos(), QSize(1, 1)) : QRect();
-  button_.click();
+  afterClick([this] { button_.click(); });
 }
 
 void StatusNotifierItem::SecondaryActivate(int x, int y) {
@@ -130,6 +133,20 @@ void StatusNotifierItem::ContextMenu(int x, int y) {
 }
 
 void StatusNotifierItem::Scroll(int, const QString&) {}
+
+void StatusNotifierItem::afterClick(std::function<void()> action) {
+  if (fence_) {
+    fence_->afterEarlierEvents(std::move(action));
+  } else {
+    action();
+  }
+}
+
+std::vector<BusMenu::Entry> StatusNotifierItem::afterClick(std::vector<BusMenu::Entry> menu) {
+  for (BusMenu::Entry& entry : menu)
+    entry.action = [this, action = std::move(entry.action)] { afterClick(action); };
+  return menu;
+}
 
 }  // namespace kestrivane
 

@@ -1,8 +1,8 @@
 // The status item for panels that show items from the session bus: the D-Bus interface
 // org.kde.StatusNotifierItem. It takes no drops; panels of this kind have none.
 //
-// Thread-safety: for the main thread. Ownership: the button outlives it. It is shown for as long as
-// it lives and a panel is there, one that comes back too.
+// Thread-safety: for the main thread. Ownership: the button and the X connection outlive it. It is
+// shown for as long as it lives and a panel is there, one that comes back too.
 #pragma once
 
 #include <QByteArray>
@@ -10,9 +10,14 @@
 #include <QDBusConnection>
 #include <QDBusObjectPath>
 #include <QObject>
+#include <functional>
+#include <memory>
+#include <vector>
 
 #include "platform/linux/desktop/BusMenu.hpp"
 #include "platform/linux/desktop/StatusButton.hpp"
+#include "platform/linux/desktop/XConnection.hpp"
+#include "platform/linux/desktop/XEventFence.hpp"
 
 namespace kestrivane {
 
@@ -47,7 +52,8 @@ class StatusNotifierItem final : public QObject {
   Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
 
  public:
-  StatusNotifierItem(const QDBusConnection& bus, StatusButton& button,
+  /// `connection` is null where there is no X server.
+  StatusNotifierItem(const QDBusConnection& bus, XConnection* connection, StatusButton& button,
                      std::vector<BusMenu::Entry> menu);
   ~StatusNotifierItem() override;
 
@@ -73,7 +79,13 @@ class StatusNotifierItem final : public QObject {
   void NewToolTip();
 
  private:
+  /// Calls `action`, which a panel asks for because of a click, once the application knows of the
+  /// click from the X server too.
+  void afterClick(std::function<void()> action);
+  std::vector<BusMenu::Entry> afterClick(std::vector<BusMenu::Entry> menu);
+
   QDBusConnection bus_;
+  std::unique_ptr<XEventFence> fence_;  ///< on X11 only
   StatusButton& button_;
   BusMenu menu_;
   QRect anchor_;  ///< where the latest click was

@@ -5,6 +5,7 @@
 #include "platform/linux/desktop/XConnection.hpp"
 
 #include <QGuiApplication>
+#include <utility>
 
 namespace kestrivane {
 namespace {
@@ -47,14 +48,15 @@ xcb_window_t XConnection::selectionOwner(xcb_atom_t selection) const {
 }
 
 xcb_window_t XConnection::watchSelectionOwner(xcb_atom_t selection) const {
-  xcb_grab_server(connection_);
-  const xcb_window_t owner = selectionOwner(selection);
-  if (owner != XCB_WINDOW_NONE) {
-    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+  // An owner that ended before it was watched would seem to live for ever. No grab of the server
+  // prevents that: it lets clients go all the same.
+  const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+  xcb_window_t watched = XCB_WINDOW_NONE;
+  xcb_window_t owner = selectionOwner(selection);
+  while (owner != watched) {
     xcb_change_window_attributes(connection_, owner, XCB_CW_EVENT_MASK, &mask);
+    watched = std::exchange(owner, selectionOwner(selection));
   }
-  xcb_ungrab_server(connection_);
-  xcb_flush(connection_);
   return owner;
 }
 
@@ -84,6 +86,18 @@ void XConnection::sendMessage(xcb_window_t window, xcb_atom_t type,
   std::copy(data.begin(), data.end(), event.data.data32);
   xcb_send_event(connection_, 0, window, XCB_EVENT_MASK_NO_EVENT,
                  reinterpret_cast<const char*>(&event));
+  xcb_flush(connection_);
+}
+
+xcb_window_t XConnection::makeMessageWindow() const {
+  const xcb_window_t window = xcb_generate_id(connection_);
+  xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, root_, -1, -1, 1, 1, 0,
+                    XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+  return window;
+}
+
+void XConnection::destroyWindow(xcb_window_t window) const {
+  xcb_destroy_window(connection_, window);
   xcb_flush(connection_);
 }
 

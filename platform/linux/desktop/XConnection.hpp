@@ -39,8 +39,7 @@ class XConnection {
 
   /// The window that owns the selection; 0 when none does.
   xcb_window_t selectionOwner(xcb_atom_t selection) const;
-  /// As `selectionOwner`, and from now on the window's end and changes are told as events. Between
-  /// finding and watching it the server does nothing else.
+  /// As `selectionOwner`, and from now on the window's end and changes are told as events.
   xcb_window_t watchSelectionOwner(xcb_atom_t selection) const;
 
   void setProperty(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
@@ -50,6 +49,9 @@ class XConnection {
                                      std::uint32_t count) const;
   void sendMessage(xcb_window_t window, xcb_atom_t type,
                    const std::array<std::uint32_t, 5>& data) const;
+  /// A window that is never shown and gets only what is sent to it; the caller destroys it.
+  xcb_window_t makeMessageWindow() const;
+  void destroyWindow(xcb_window_t window) const;
   /// Bits per pixel of the visual; 0 when there is no such visual.
   int depthOfVisual(xcb_visualid_t visual) const;
 

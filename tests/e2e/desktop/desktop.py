@@ -126,12 +126,13 @@ class DesktopTestCase(unittest.TestCase):
 
     # What is to be seen
 
-    def windows(self):
-        """The application's windows that are shown."""
-        tree = self.run_("xwininfo", "-root", "-tree")
+    def windows(self, program="kestrivane"):
+        """The windows of a program that are shown."""
         found = []
-        pattern = r'(0x\w+) "(.*)": \("kestrivane".*?\)\s+(\d+)x(\d+)\+-?\d+\+-?\d+\s+\+(-?\d+)\+(-?\d+)'
-        for identifier, name, *numbers in re.findall(pattern, tree):
+        title = r'(?:"(.*)"|\(has no name\))'
+        place = r"(\d+)x(\d+)\+-?\d+\+-?\d+\s+\+(-?\d+)\+(-?\d+)"
+        pattern = rf'(0x\w+) {title}: \("{program}".*?\)\s+{place}'
+        for identifier, name, *numbers in re.findall(pattern, self.windowTree_()):
             window = Window(identifier, name, *map(int, numbers))
             try:
                 if "IsViewable" in self.run_("xwininfo", "-id", identifier):
@@ -139,6 +140,19 @@ class DesktopTestCase(unittest.TestCase):
             except AssertionError:
                 pass  # it has gone
         return found
+
+    def windowTree_(self):
+        trees = []
+
+        def isComplete():
+            try:
+                trees.append(self.run_("xwininfo", "-root", "-tree"))
+            except AssertionError:
+                pass  # a window has gone meanwhile
+            return trees
+
+        waitUntil(isComplete, "a list of all windows")
+        return trees[0]
 
     def popover(self):
         for window in self.windows():

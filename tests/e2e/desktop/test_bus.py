@@ -1,8 +1,10 @@
 """What the application does with services of the desktop on the session bus."""
 
+import signal
 import subprocess
 
 import dbus.bus
+import trays
 from desktop import DesktopTestCase
 from PIL import ImageStat
 from waiting import waitUntil
@@ -54,6 +56,50 @@ class Bus(DesktopTestCase):
         waitUntil(lambda: bus.name_has_owner(name), "the item")
         choose("Quit")
         self.waitForEnd()
+
+    def test_a_click_counts_once_when_the_bus_tells_of_it_before_the_display_does(self):
+        panel = self.startService("watcher")
+        self.start()
+        name = panel.stdout.readline().strip()
+        bus = self.connect()
+        item = bus.get_object(name, "/StatusNotifierItem", introspect=False)
+
+        def clickOnBusyProgram():
+            """A click that the program hears of by both ways at once."""
+            self.application.send_signal(signal.SIGSTOP)
+            self.click(10, 10)
+            item.Activate(10, 10, dbus_interface="org.kde.StatusNotifierItem", ignore_reply=True)
+            bus.list_names()  # now the bus has handed it over
+            self.application.send_signal(signal.SIGCONT)
+
+        for _ in range(5):
+            clickOnBusyProgram()
+            self.waitForPopover()
+            self.still()
+            self.assertIsNotNone(self.popover(), "the popover stays open")
+            clickOnBusyProgram()
+            self.waitUntilClosed()
+            self.still()
+            self.assertIsNone(self.popover(), "the popover stays closed")
+            clickOnBusyProgram()
+            self.waitForPopover()
+            self.click(500, 700)
+            self.waitUntilClosed()
+
+    def test_trays_that_go_at_once_leave_the_item_in_the_panel(self):
+        panel = self.startService("watcher")
+        self.start()
+        panel.stdout.readline()
+        bus = self.connect()
+
+        def isInPanel():
+            isInTray = self.icon() is not None
+            return not isInTray and any("StatusNotifierItem-" in name for name in bus.list_names())
+
+        for _ in range(30):
+            # About as long as the application takes to find it.
+            trays.replace(self.environment["DISPLAY"], lifetime=0.0003)
+            waitUntil(isInPanel, "the item, and no window that waits for a tray")
 
     def test_a_build_without_a_feed_says_where_updates_come_from(self):
         self.startWithIcon()

@@ -6,10 +6,12 @@ import subprocess
 
 import dbus
 import dbus.bus
+import trays
 from waiting import PATIENCE, waitUntil
 
 XFCONFD = "/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd"
 WATCHER = "org.kde.StatusNotifierWatcher"
+ITEM = "org.kde.StatusNotifierItem"
 
 # One row at the upper edge, with nothing in it but the status items.
 CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
@@ -34,12 +36,13 @@ CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
 
 class XfcePanel:
     """A running panel; ends with the test. `HEIGHT` pixels at the top of the screen are its own. The
-    panel is a tray for windows too, which the application prefers."""
+    panel is an X11 tray too, which the application prefers, unless that is taken away."""
 
     HEIGHT = 28
 
-    def __init__(self, test):
+    def __init__(self, test, isTray):
         self.test_ = test
+        self.isTray_ = isTray
         self.bus_ = dbus.bus.BusConnection(test.bus.address)
         test.addCleanup(self.bus_.close)
         folder = test.base / ".config" / "xfce4" / "xfconf" / "xfce-perchannel-xml"
@@ -59,6 +62,30 @@ class XfcePanel:
         )
         self.test_.addCleanup(self.die)
         waitUntil(self.isHost_, "a panel for status items")
+        if not self.isTray_:
+            display = self.test_.environment["DISPLAY"]
+            waitUntil(lambda: trays.isThere(display), "the panel's tray")
+            trays.replace(display)
+            self.closeComplaint_()
+
+    def closeComplaint_(self):
+        """Closes the window that says that the tray is lost; before, the panel heeds no click."""
+        waitUntil(self.complaint_, "the panel to miss its tray")
+
+        def isClosed():
+            window = self.complaint_()
+            if window:
+                # Its only button is as wide as the window.
+                self.test_.click(window.middle()[0], window.y + window.height - 10)
+            return window is None
+
+        waitUntil(isClosed, "the panel's complaint to close")
+
+    def complaint_(self):
+        for window in self.test_.windows("wrapper-2.0"):
+            if window.height > self.HEIGHT:
+                return window
+        return None
 
     def die(self):
         """Ends it without a warning."""
@@ -78,5 +105,25 @@ class XfcePanel:
 
     def items(self):
         """The bus names of the status items."""
-        names = self.bus_.list_names()
-        return [str(name) for name in names if name.startswith("org.kde.StatusNotifierItem-")]
+        return [str(name) for name in self.bus_.list_names() if name.startswith(f"{ITEM}-")]
+
+    def click(self, x, y):
+        """Clicks on the only item. When this returns, the application has heard of it."""
+        rule = f"interface='{ITEM}',member='Activate'"
+        monitor = self.test_.startProgram(
+            *["dbus-monitor", "--address", self.test_.bus.address, "--profile", rule],
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+
+        def waitFor(word):
+            while word not in monitor.stdout.readline():
+                self.test_.assertIsNone(monitor.poll(), "dbus-monitor runs")
+
+        waitFor("NameLost")  # now it listens
+        self.test_.click(x, y)
+        waitFor("Activate")
+        # Answered after what came before.
+        item = self.bus_.get_object(self.items()[0], "/StatusNotifierItem", introspect=False)
+        item.Get(ITEM, "Status", dbus_interface=dbus.PROPERTIES_IFACE)
+        monitor.kill()

@@ -54,13 +54,13 @@ TEST_F(ImageConverterTest, AcceptsAnyPairOfItsNineExtensionsInAnyCase) {
   }
 }
 
-struct TypeCase {
+struct ImageTypeCase {
   std::string extension;
   std::string identifier;
 };
 
 class ImageConverterTypes : public ImageConverterTest,
-                            public testing::WithParamInterface<TypeCase> {};
+                            public testing::WithParamInterface<ImageTypeCase> {};
 
 TEST_P(ImageConverterTypes, AreChosenFromTheExtensionOfTheDestination) {
   files.writeFile("/w/a", "picture 40x30");
@@ -69,12 +69,15 @@ TEST_P(ImageConverterTypes, AreChosenFromTheExtensionOfTheDestination) {
   EXPECT_TRUE(hasOperation("destination " + GetParam().identifier + " 1"));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Targets, ImageConverterTypes,
-    testing::Values(TypeCase{"webp", "org.webmproject.webp"}, TypeCase{"heic", "public.heic"},
-                    TypeCase{"jpg", "public.jpeg"}, TypeCase{"jpeg", "public.jpeg"},
-                    TypeCase{"png", "public.png"}, TypeCase{"gif", "com.compuserve.gif"},
-                    TypeCase{"tiff", "public.tiff"}, TypeCase{"bmp", "com.microsoft.bmp"}));
+INSTANTIATE_TEST_SUITE_P(Targets, ImageConverterTypes,
+                         testing::Values(ImageTypeCase{"webp", "org.webmproject.webp"},
+                                         ImageTypeCase{"heic", "public.heic"},
+                                         ImageTypeCase{"jpg", "public.jpeg"},
+                                         ImageTypeCase{"jpeg", "public.jpeg"},
+                                         ImageTypeCase{"png", "public.png"},
+                                         ImageTypeCase{"gif", "com.compuserve.gif"},
+                                         ImageTypeCase{"tiff", "public.tiff"},
+                                         ImageTypeCase{"bmp", "com.microsoft.bmp"}));
 
 TEST_F(ImageConverterTest, ADestinationInCapitalsUsesTheSameType) {
   files.writeFile("/w/a", "picture 400x300");

@@ -52,13 +52,13 @@ TEST_F(VideoConverterTest, DeclinesEveryOtherPair) {
   EXPECT_FALSE(converter.canConvert("mp4", ".mov"));
 }
 
-struct TypeCase {
+struct VideoTypeCase {
   std::string extension;
   std::string type;
 };
 
 class VideoConverterTypes : public VideoConverterTest,
-                            public testing::WithParamInterface<TypeCase> {};
+                            public testing::WithParamInterface<VideoTypeCase> {};
 
 TEST_P(VideoConverterTypes, AreChosenFromTheExtensionOfTheDestination) {
   files.writeFile("/w/clip", "film of a cat");
@@ -71,10 +71,11 @@ TEST_P(VideoConverterTypes, AreChosenFromTheExtensionOfTheDestination) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, VideoConverterTypes,
-                         testing::Values(TypeCase{"mp4", "mpeg4"}, TypeCase{"MP4", "mpeg4"},
-                                         TypeCase{"mov", "quickTimeMovie"},
-                                         TypeCase{"Mov", "quickTimeMovie"},
-                                         TypeCase{"m4v", "appleM4V"}));
+                         testing::Values(VideoTypeCase{"mp4", "mpeg4"},
+                                         VideoTypeCase{"MP4", "mpeg4"},
+                                         VideoTypeCase{"mov", "quickTimeMovie"},
+                                         VideoTypeCase{"Mov", "quickTimeMovie"},
+                                         VideoTypeCase{"m4v", "appleM4V"}));
 
 TEST_F(VideoConverterTest, AnotherTargetIsUnsupportedAndKeepsTheCaseOfTheExtensions) {
   files.writeFile("/w/clip.Mp4", "film of a cat");

@@ -12,10 +12,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout grey8{Channels::grey, Depth::eight};
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgba8{Channels::rgba, Depth::eight};
-
 /// A bitmap file written by hand.
 struct Bitmap {
   std::uint32_t headerSize = 40;
@@ -69,10 +65,6 @@ struct Bitmap {
 
   PixelBuffer read() const { return decode(bmpCodec, file()); }
 };
-
-Bytes pixelsOf(const PixelBuffer& picture) {
-  return {picture.row(0), picture.row(0) + picture.byteCount()};
-}
 
 std::vector<std::uint16_t> deepPixelsOf(const PixelBuffer& picture) {
   return {picture.row16(0), picture.row16(0) + picture.byteCount() / 2};

@@ -28,7 +28,7 @@ using littleEndian::append16;
 using littleEndian::append32;
 
 constexpr std::uint64_t mebibyte = 1024 * 1024;
-constexpr std::uint32_t side = 60'000;
+constexpr std::uint32_t bombSide = 60'000;
 
 /// The field of /proc/self/status, in bytes.
 std::uint64_t statusOf(const std::string& field) {
@@ -202,7 +202,7 @@ TEST(Bomb, isNoticedByTheMeasurement) {
 }
 
 TEST(Bomb, ofHalfAMegabyteOfPNG) {
-  const Bytes png = blackPNG(side);
+  const Bytes png = blackPNG(bombSide);
   EXPECT_LT(png.size(), 512 * 1024U);
   expectRefused(png);
 }
@@ -218,7 +218,7 @@ TEST(Bomb, ofAChunkThatClaimsTwoGigabytes) {
 }
 
 TEST(Bomb, insideAnIcon) {
-  const Bytes png = blackPNG(side);
+  const Bytes png = blackPNG(bombSide);
   Bytes icon{0, 0, 1, 0, 1, 0, 0, 0, 0, 0, 1, 0, 32, 0};
   append32(icon, static_cast<std::uint32_t>(png.size()));
   append32(icon, 22);
@@ -229,10 +229,10 @@ TEST(Bomb, insideAnIcon) {
 TEST(Bomb, ofGIF) {
   Bytes gif;
   appendText(gif, "GIF89a");
-  append16(gif, side);
-  append16(gif, side);
+  append16(gif, bombSide);
+  append16(gif, bombSide);
   gif.insert(gif.end(), {0x80, 0, 0, 0, 0, 0, 255, 255, 255, ','});
-  for (const std::uint32_t field : {0U, 0U, side, side})
+  for (const std::uint32_t field : {0U, 0U, bombSide, bombSide})
     append16(gif, static_cast<std::uint16_t>(field));
   // One block of zeros: clear, 0, 0, 0 and the end.
   gif.insert(gif.end(), {0, 2, 3, 0x04, 0x00, 0x05, 0, ';'});
@@ -240,11 +240,11 @@ TEST(Bomb, ofGIF) {
 }
 
 TEST(Bomb, ofTIFFWithDeflate) {
-  expectRefused(blackTIFF(side, 8, deflatedZeros(std::uint64_t{side} * side / 8)));
+  expectRefused(blackTIFF(bombSide, 8, deflatedZeros(std::uint64_t{bombSide} * bombSide / 8)));
 }
 
 TEST(Bomb, ofTIFFWithLZW) {
-  expectRefused(blackTIFF(side, 5, lzwZeros(400'000)));
+  expectRefused(blackTIFF(bombSide, 5, lzwZeros(400'000)));
 }
 
 TEST(Bomb, ofTIFFWhoseStripIsSaidToBeLargerThanTheFile) {
@@ -254,7 +254,7 @@ TEST(Bomb, ofTIFFWhoseStripIsSaidToBeLargerThanTheFile) {
 }
 
 TEST(Bomb, ofBMP) {
-  expectRefused(bmpHeader(side, side, 1, 0));
+  expectRefused(bmpHeader(bombSide, bombSide, 1, 0));
   expectRefused(bmpHeader(0x7FFFFFFF, 0x7FFFFFFF, 32, 0));
   expectRefused(bmpHeader(16'000, 16'000, 24, 0));  // permitted, if only the pixels were there
 }
@@ -285,8 +285,8 @@ TEST(Bomb, ofHEIC) {
                                             [](auto byte, auto c) { return byte == c; });
   ASSERT_FALSE(property.empty());
   Bytes size;
-  appendBig32(size, side);
-  appendBig32(size, side);
+  appendBig32(size, bombSide);
+  appendBig32(size, bombSide);
   std::ranges::copy(size, property.begin() + 8);  // after the name, version and flags
   expectRefused(heic);
 }

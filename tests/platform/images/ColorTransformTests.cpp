@@ -9,10 +9,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgba16{Channels::rgba, Depth::sixteen};
-constexpr PixelLayout grey8{Channels::grey, Depth::eight};
-
 // The primaries of SMPTE EG 432-1 with the white of daylight: those of "Display P3".
 constexpr Chromaticities displayP3{
     {0.3127, 0.3290}, {0.680, 0.320}, {0.265, 0.690}, {0.150, 0.060}};

@@ -16,8 +16,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-
 struct Format {
   const char* extension;
   const char* sampleExtension;

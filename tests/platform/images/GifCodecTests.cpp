@@ -8,13 +8,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgba8{Channels::rgba, Depth::eight};
-
-Bytes pixelsOf(const PixelBuffer& picture) {
-  return {picture.row(0), picture.row(0) + picture.byteCount()};
-}
-
 /// `count` different colours, in rows of 16.
 PixelBuffer colours(std::size_t count, PixelLayout layout) {
   PixelBuffer picture = PixelBuffer::create(16, (count + 15) / 16, layout);

@@ -14,8 +14,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-
 /// What libheif's own program makes of a HEIC.
 PixelBuffer shownByHeifConvert(const FileURL& url) {
   const TemporaryFolder folder;

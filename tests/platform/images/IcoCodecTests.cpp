@@ -13,13 +13,6 @@ namespace {
 using littleEndian::append16;
 using littleEndian::append32;
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgba8{Channels::rgba, Depth::eight};
-
-Bytes pixelsOf(const PixelBuffer& picture) {
-  return {picture.row(0), picture.row(0) + picture.byteCount()};
-}
-
 /// A file of several pictures; what the directory says of their sizes is 0.
 Bytes icon(const std::vector<Bytes>& pictures) {
   Bytes bytes{0, 0, 1, 0};

@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 
 #include "platform/linux/images/LcmsHandles.hpp"
+#include "platform/linux/images/PngCodec.hpp"
 
 namespace kestrivane::imageTesting {
 namespace {
@@ -100,6 +101,10 @@ PixelBuffer makeNoise(std::size_t width, std::size_t height, PixelLayout layout)
   return picture;
 }
 
+Bytes pixelsOf(const PixelBuffer& picture) {
+  return {picture.row(0), picture.row(0) + picture.byteCount()};
+}
+
 PixelBuffer converted(const PixelBuffer& picture, PixelLayout layout) {
   const PixelRows rows(picture, {0, 0, picture.width(), picture.height()}, layout,
                        ProfileSupport::embedded);
@@ -128,6 +133,14 @@ PixelBuffer decode(const Codec& codec, std::span<const std::uint8_t> bytes) {
   if (!codec.recognise(bytes.first(std::min(bytes.size(), recognisedBytes))))
     throw ImageError("the format is not recognised");
   return codec.decode(ImageInput::ofBytes(bytes));
+}
+
+PixelBuffer shownByImageMagick(const std::string& name, const std::string& options) {
+  const TemporaryFolder folder;
+  const FileURL shown = folder / "shown.png";
+  outputOf("convert " + sample(name).path() + " " + options +
+           " -alpha off -depth 8 -strip -define png:color-type=2 PNG24:" + shown.path());
+  return decode(pngCodec, readFile(shown));
 }
 
 Bytes withOrientation(std::uint8_t value, std::span<const std::uint8_t> jpeg) {

@@ -14,6 +14,13 @@ namespace kestrivane::imageTesting {
 
 using Bytes = std::vector<std::uint8_t>;
 
+inline constexpr PixelLayout grey8{Channels::grey, Depth::eight};
+inline constexpr PixelLayout grey16{Channels::grey, Depth::sixteen};
+inline constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
+inline constexpr PixelLayout rgb16{Channels::rgb, Depth::sixteen};
+inline constexpr PixelLayout rgba8{Channels::rgba, Depth::eight};
+inline constexpr PixelLayout rgba16{Channels::rgba, Depth::sixteen};
+
 /// A folder that is removed, with everything in it, at the end of the test.
 class TemporaryFolder {
  public:
@@ -43,6 +50,8 @@ PixelBuffer makePicture(std::size_t width, std::size_t height, PixelLayout layou
 /// Bytes without any pattern, the same every time.
 PixelBuffer makeNoise(std::size_t width, std::size_t height, PixelLayout layout);
 
+Bytes pixelsOf(const PixelBuffer& picture);
+
 /// The picture as other channels or with another depth.
 PixelBuffer converted(const PixelBuffer& picture, PixelLayout layout);
 
@@ -50,6 +59,9 @@ PixelBuffer converted(const PixelBuffer& picture, PixelLayout layout);
 /// colours that the codec asks for.
 Bytes encode(const Codec& codec, const PixelBuffer& picture);
 PixelBuffer decode(const Codec& codec, std::span<const std::uint8_t> bytes);
+
+/// The sample as ImageMagick shows it after `options`, with 8 bits and without its alpha channel.
+PixelBuffer shownByImageMagick(const std::string& name, const std::string& options = "");
 
 /// The JPEG file with the orientation `value` told before everything else.
 Bytes withOrientation(std::uint8_t value, std::span<const std::uint8_t> jpeg);

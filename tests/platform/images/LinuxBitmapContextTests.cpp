@@ -12,11 +12,8 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgba8{Channels::rgba, Depth::eight};
-
 /// The pixels of an image of the canvas.
-PixelBuffer pixelsOf(const Image& image) {
+PixelBuffer bufferOf(const Image& image) {
   const PixelRows rows =
       dynamic_cast<const LinuxImage&>(image).rows(rgba8, ProfileSupport::embedded);
   PixelBuffer pixels = PixelBuffer::create(rows.width(), rows.height(), rgba8);
@@ -31,7 +28,7 @@ PixelBuffer drawn(PixelBuffer picture, std::size_t width, std::size_t height) {
   context.setInterpolationQuality(InterpolationQuality::high);
   context.draw(LinuxImage(std::move(picture)),
                {0, 0, static_cast<double>(width), static_cast<double>(height)});
-  return pixelsOf(*context.makeImage());
+  return bufferOf(*context.makeImage());
 }
 
 PixelBuffer solid(std::size_t width, std::size_t height, std::array<std::uint8_t, 4> color) {
@@ -68,7 +65,7 @@ TEST(Resampling, hasNoWeightsOutsideOfTheStretch) {
 
 TEST(LinuxBitmapContext, isTransparentAtFirst) {
   LinuxBitmapContext context(3, 2);
-  EXPECT_EQ(maximumDifference(pixelsOf(*context.makeImage()), solid(3, 2, {0, 0, 0, 0})), 0);
+  EXPECT_EQ(maximumDifference(bufferOf(*context.makeImage()), solid(3, 2, {0, 0, 0, 0})), 0);
 }
 
 TEST(LinuxBitmapContext, drawsAPictureOfItsOwnSizeUnchanged) {
@@ -114,7 +111,7 @@ TEST(LinuxBitmapContext, drawsOverWhatIsThere) {
   LinuxBitmapContext context(4, 4);
   context.draw(LinuxImage(solid(4, 4, {0, 0, 0, 255})), {0, 0, 4, 4});
   context.draw(LinuxImage(solid(4, 4, {255, 255, 255, 128})), {2, 0, 2, 4});
-  const PixelBuffer result = pixelsOf(*context.makeImage());
+  const PixelBuffer result = bufferOf(*context.makeImage());
   EXPECT_EQ(result.row(1)[1 * 4], 0);
   EXPECT_NEAR(result.row(1)[2 * 4], 128, 1);
   EXPECT_EQ(result.row(1)[2 * 4 + 3], 255);

@@ -16,8 +16,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-
 std::shared_ptr<const Image> open(const FileURL& url) {
   const LinuxImageIO imageIO;
   const auto source = imageIO.createSource(url);

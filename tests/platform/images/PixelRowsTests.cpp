@@ -9,10 +9,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgba8{Channels::rgba, Depth::eight};
-constexpr PixelLayout grey16{Channels::grey, Depth::sixteen};
-
 /// One pixel in one layout turned into another.
 std::vector<int> convertPixel(PixelLayout from, const std::vector<int>& channels, PixelLayout to) {
   PixelBuffer picture = PixelBuffer::create(1, 1, from);
@@ -28,7 +24,6 @@ std::vector<int> convertPixel(PixelLayout from, const std::vector<int>& channels
 }
 
 TEST(PixelRows, roundsSixteenBitsToTheNearestEight) {
-  const PixelLayout grey8{Channels::grey, Depth::eight};
   for (int value = 0; value <= 65'535; ++value)
     ASSERT_EQ(toEightBits(static_cast<std::uint32_t>(value)), (value + 128) / 257) << value;
   EXPECT_EQ(convertPixel(grey16, {128}, grey8), std::vector{0});

@@ -8,21 +8,8 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgb16{Channels::rgb, Depth::sixteen};
-constexpr PixelLayout grey8{Channels::grey, Depth::eight};
-
 PixelBuffer decodeSample(const std::string& name) {
   return decode(pngCodec, readFile(sample(name)));
-}
-
-/// The sample as ImageMagick shows it, through a PNG of plain RGB.
-PixelBuffer shownByImageMagick(const std::string& name, const std::string& options = "") {
-  const TemporaryFolder folder;
-  const FileURL shown = folder / "shown.png";
-  outputOf("convert " + sample(name).path() + " " + options +
-           " -alpha off -depth 8 -strip -define png:color-type=2 PNG24:" + shown.path());
-  return decode(pngCodec, readFile(shown));
 }
 
 TEST(PngCodec, bringsBackEveryLayoutExactly) {

@@ -1,19 +1,15 @@
-#include <array>
 #include <cstdlib>
 #include <random>
 
 #include <gtest/gtest.h>
 
 #include "platform/linux/images/PngFilter.hpp"
-#include "tests/platform/images/ImageTesting.hpp"
+#include "tests/platform/images/PngRows.hpp"
 
 namespace kestrivane::png {
 namespace {
 
 using imageTesting::Bytes;
-
-constexpr std::array allFilters = {Filter::none, Filter::sub, Filter::up, Filter::average,
-                                   Filter::paeth};
 
 /// The prediction as the standard writes it down, in wide numbers.
 int predicted(Filter filter, int left, int above, int corner) {
@@ -47,26 +43,6 @@ Bytes filteredByTheBook(Filter filter, const FilterRow& row) {
         static_cast<std::uint8_t>(row.bytes[i] - predicted(filter, left, row.above[i], corner));
   }
   return result;
-}
-
-Bytes randomBytes(std::size_t count, unsigned spread, std::mt19937& random) {
-  Bytes bytes(count);
-  for (std::uint8_t& byte : bytes)
-    byte = static_cast<std::uint8_t>(100 + random() % spread);
-  return bytes;
-}
-
-template <typename Function>
-void forEachKindOfRow(Function function) {
-  std::mt19937 random(1);
-  for (const std::size_t bytesPerPixel : {1U, 2U, 3U, 4U, 6U, 8U})
-    for (const std::size_t width : {1U, 2U, 3U, 5U, 15U, 16U, 17U, 31U, 33U, 67U, 255U, 1001U})
-      for (const unsigned spread : {4U, 40U, 256U}) {
-        const Bytes bytes = randomBytes(width * bytesPerPixel, spread, random);
-        const Bytes above = randomBytes(width * bytesPerPixel, spread, random);
-        SCOPED_TRACE(testing::Message() << bytesPerPixel << " bytes, " << width << " pixels");
-        function(FilterRow{bytes, above.data(), bytesPerPixel});
-      }
 }
 
 Bytes filtered(const FilterLoops& loops, Filter filter, const FilterRow& row) {

@@ -140,7 +140,7 @@ Chunks smallPicture() {
 
 const Bytes smallPixels = {10, 20, 30, 40};
 
-Bytes pixelsOf(const Chunks& chunks) {
+Bytes pixelsIn(const Chunks& chunks) {
   const PixelBuffer picture = read(fileOf(chunks));
   return {picture.row(0), picture.row(0) + picture.byteCount()};
 }
@@ -164,21 +164,21 @@ TEST(PngReader, passesOverWhatIsNoPicture) {
   Chunks chunks = smallPicture();
   chunks.insert(chunks.begin() + 1, {"teSt", Bytes(200'000, 7)});
   chunks.insert(chunks.end() - 1, {"tEXt", {'a', 0, 'b'}});
-  EXPECT_EQ(pixelsOf(chunks), smallPixels);
+  EXPECT_EQ(pixelsIn(chunks), smallPixels);
   Bytes followed = fileOf(smallPicture());
   followed.insert(followed.end(), 1000, 0xEE);
   EXPECT_EQ(maximumDifference(read(followed), read(fileOf(smallPicture()))), 0);
 }
 
 TEST(PngReader, passesOverMorePixelsThanThePictureHas) {
-  EXPECT_EQ(pixelsOf(greyPicture(2, 2, {0, 10, 20, 0, 30, 40, 0, 50, 60, 9})), smallPixels);
+  EXPECT_EQ(pixelsIn(greyPicture(2, 2, {0, 10, 20, 0, 30, 40, 0, 50, 60, 9})), smallPixels);
   Bytes rows = {0, 10, 20, 0, 30, 40};
   rows.resize(1'000'000);
-  EXPECT_EQ(pixelsOf(greyPicture(2, 2, rows)), smallPixels);
+  EXPECT_EQ(pixelsIn(greyPicture(2, 2, rows)), smallPixels);
   Chunks chunks = smallPicture();
   chunks[1].content.push_back(1);
   chunks.insert(chunks.begin() + 2, {"IDAT", {1, 2, 3}});
-  EXPECT_EQ(pixelsOf(chunks), smallPixels);
+  EXPECT_EQ(pixelsIn(chunks), smallPixels);
 }
 
 TEST(PngReader, showsIndicesBeyondThePaletteAsBlack) {
@@ -186,7 +186,7 @@ TEST(PngReader, showsIndicesBeyondThePaletteAsBlack) {
                          {"PLTE", {200, 100, 50}},
                          {"IDAT", deflated({0, 0, 1})},
                          {"IEND", {}}};
-  EXPECT_EQ(pixelsOf(chunks), (Bytes{200, 100, 50, 0, 0, 0}));
+  EXPECT_EQ(pixelsIn(chunks), (Bytes{200, 100, 50, 0, 0, 0}));
 }
 
 TEST(PngReader, turnsPicturesUprightWhereverTheOrientationIsTold) {
@@ -197,7 +197,7 @@ TEST(PngReader, turnsPicturesUprightWhereverTheOrientationIsTold) {
   for (const std::ptrdiff_t place : {1, 2}) {
     Chunks chunks = smallPicture();
     chunks.insert(chunks.begin() + place, exif);
-    EXPECT_EQ(pixelsOf(chunks), turned) << place;
+    EXPECT_EQ(pixelsIn(chunks), turned) << place;
   }
 }
 
@@ -318,7 +318,7 @@ TEST(PngReader, ignoresAProfileThatCannotBeUsed) {
     Chunks chunks = smallPicture();
     chunks.insert(chunks.begin() + 1, {"iCCP", content});
     EXPECT_TRUE(read(fileOf(chunks)).iccProfile.empty());
-    EXPECT_EQ(pixelsOf(chunks), smallPixels);
+    EXPECT_EQ(pixelsIn(chunks), smallPixels);
   }
 }
 

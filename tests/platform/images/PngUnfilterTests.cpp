@@ -1,65 +1,40 @@
-#include <array>
-#include <random>
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/images/PngFilter.hpp"
 #include "platform/linux/images/PngUnfilter.hpp"
-#include "tests/platform/images/ImageTesting.hpp"
+#include "tests/platform/images/PngRows.hpp"
 
 namespace kestrivane::png {
 namespace {
 
 using imageTesting::Bytes;
 
-constexpr std::array allFilters = {Filter::none, Filter::sub, Filter::up, Filter::average,
-                                   Filter::paeth};
-
-Bytes randomBytes(std::size_t count, unsigned spread, std::mt19937& random) {
-  Bytes bytes(count);
-  for (std::uint8_t& byte : bytes)
-    byte = static_cast<std::uint8_t>(100 + random() % spread);
-  return bytes;
-}
-
-/// Calls `function` with rows, and what is above them, of every size of pixel and many lengths.
-template <typename Function>
-void forEachKindOfRow(Function function) {
-  std::mt19937 random(1);
-  for (const std::size_t bytesPerPixel : {1U, 2U, 3U, 4U, 6U, 8U})
-    for (const std::size_t width : {1U, 2U, 3U, 4U, 5U, 15U, 16U, 17U, 255U, 1001U})
-      for (const unsigned spread : {4U, 40U, 256U}) {
-        const Bytes bytes = randomBytes(width * bytesPerPixel, spread, random);
-        const Bytes above = randomBytes(width * bytesPerPixel, spread, random);
-        SCOPED_TRACE(testing::Message() << bytesPerPixel << " bytes, " << width << " pixels");
-        function(bytes, above, bytesPerPixel);
-      }
-}
-
 /// The buffer has exactly the row's size, so that what is written beyond it shows.
-Bytes unfiltered(Unfilter unfilter, Filter filter, const Bytes& stored, const Bytes& above,
-                 std::size_t bytesPerPixel) {
-  Bytes result(stored.size());
-  unfilter(filter, {stored, above.data(), bytesPerPixel}, result.data());
+Bytes unfiltered(Unfilter unfilter, Filter filter, const StoredRow& stored) {
+  Bytes result(stored.bytes.size());
+  unfilter(filter, stored, result.data());
   return result;
 }
 
 TEST(PngUnfilter, undoesWhatTheFiltersDo) {
-  forEachKindOfRow([](const Bytes& bytes, const Bytes& above, std::size_t bytesPerPixel) {
+  forEachKindOfRow([](const FilterRow& row) {
+    const Bytes bytes(row.bytes.begin(), row.bytes.end());
     for (const Filter filter : allFilters) {
       Bytes stored(bytes.size());
-      portableFilterLoops.apply(filter, {bytes, above.data(), bytesPerPixel}, stored.data());
-      EXPECT_EQ(unfiltered(unfilterPortably, filter, stored, above, bytesPerPixel), bytes);
-      EXPECT_EQ(unfiltered(fastestUnfilter(), filter, stored, above, bytesPerPixel), bytes);
+      portableFilterLoops.apply(filter, row, stored.data());
+      const StoredRow storedRow{stored, row.above, row.bytesPerPixel};
+      EXPECT_EQ(unfiltered(unfilterPortably, filter, storedRow), bytes);
+      EXPECT_EQ(unfiltered(fastestUnfilter(), filter, storedRow), bytes);
     }
   });
 }
 
 TEST(PngUnfilter, givesTheSameBytesWithAllLoopsWhateverIsStored) {
-  forEachKindOfRow([](const Bytes& stored, const Bytes& above, std::size_t bytesPerPixel) {
+  forEachKindOfRow([](const FilterRow& row) {
+    const StoredRow stored{row.bytes, row.above, row.bytesPerPixel};
     for (const Filter filter : allFilters)
-      EXPECT_EQ(unfiltered(unfilterPortably, filter, stored, above, bytesPerPixel),
-                unfiltered(fastestUnfilter(), filter, stored, above, bytesPerPixel));
+      EXPECT_EQ(unfiltered(unfilterPortably, filter, stored),
+                unfiltered(fastestUnfilter(), filter, stored));
   });
 }
 
@@ -79,8 +54,9 @@ TEST(PngUnfilter, predictsEveryTripleOfNeighboursAlike) {
       }
       Bytes stored(row.size());
       portableFilterLoops.apply(Filter::paeth, {row, rowAbove.data(), channels}, stored.data());
-      ASSERT_EQ(unfiltered(unfilterPortably, Filter::paeth, stored, rowAbove, channels), row);
-      ASSERT_EQ(unfiltered(fastestUnfilter(), Filter::paeth, stored, rowAbove, channels), row);
+      const StoredRow storedRow{stored, rowAbove.data(), channels};
+      ASSERT_EQ(unfiltered(unfilterPortably, Filter::paeth, storedRow), row);
+      ASSERT_EQ(unfiltered(fastestUnfilter(), Filter::paeth, storedRow), row);
     }
 }
 

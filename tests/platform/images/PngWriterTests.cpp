@@ -8,8 +8,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-
 void expectExact(const PixelBuffer& picture) {
   EXPECT_EQ(maximumDifference(picture, decode(pngCodec, encode(pngCodec, picture))), 0)
       << picture.width() << " x " << picture.height();

@@ -10,10 +10,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgb16{Channels::rgb, Depth::sixteen};
-constexpr PixelLayout grey8{Channels::grey, Depth::eight};
-
 PixelBuffer decodeFile(const FileURL& url) {
   return decode(tiffCodec, readFile(url));
 }
@@ -24,14 +20,6 @@ PixelBuffer decodeMade(const std::string& options, const std::string& source = "
   const FileURL made = folder / "made.tiff";
   outputOf("convert " + sample(source).path() + " " + options + " TIFF:" + made.path());
   return decodeFile(made);
-}
-
-/// The same as ImageMagick shows it.
-PixelBuffer shownByImageMagick(const std::string& name) {
-  const TemporaryFolder folder;
-  const FileURL shown = folder / "shown.png";
-  outputOf("convert " + sample(name).path() + " -depth 8 -strip PNG24:" + shown.path());
-  return decode(pngCodec, readFile(shown));
 }
 
 PixelBuffer photo() {

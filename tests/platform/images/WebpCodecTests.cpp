@@ -6,13 +6,6 @@
 namespace kestrivane::imageTesting {
 namespace {
 
-constexpr PixelLayout rgb8{Channels::rgb, Depth::eight};
-constexpr PixelLayout rgba8{Channels::rgba, Depth::eight};
-
-Bytes pixelsOf(const PixelBuffer& picture) {
-  return {picture.row(0), picture.row(0) + picture.byteCount()};
-}
-
 TEST(WebpCodec, bringsBackNearlyTheSameColours) {
   const PixelBuffer picture = makePicture(61, 43, rgb8);
   const PixelBuffer read = decode(webpCodec, encode(webpCodec, picture));

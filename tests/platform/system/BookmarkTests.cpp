@@ -22,12 +22,12 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Bookmarks, and another program's view of the place that they lead to.
-class Subject {
+class BookmarkSubject {
  public:
-  Subject() = default;
-  Subject(const Subject&) = delete;
-  Subject& operator=(const Subject&) = delete;
-  virtual ~Subject() = default;
+  BookmarkSubject() = default;
+  BookmarkSubject(const BookmarkSubject&) = delete;
+  BookmarkSubject& operator=(const BookmarkSubject&) = delete;
+  virtual ~BookmarkSubject() = default;
   virtual SecurityScopedBookmarks& bookmarks() = 0;
   virtual FileURL url(const std::string& name) = 0;
   virtual void makeFolder(const std::string& name) = 0;
@@ -36,7 +36,7 @@ class Subject {
   virtual void replaceFolder(const std::string& name) = 0;
 };
 
-class LinuxSubject final : public Subject {
+class LinuxBookmarkSubject final : public BookmarkSubject {
  public:
   SecurityScopedBookmarks& bookmarks() override { return bookmarks_; }
   FileURL url(const std::string& name) override { return folder_.url(name); }
@@ -56,9 +56,9 @@ class LinuxSubject final : public Subject {
   LinuxSecurityScopedBookmarks bookmarks_;
 };
 
-class FakeSubject final : public Subject {
+class FakeBookmarkSubject final : public BookmarkSubject {
  public:
-  FakeSubject() { files_.createDirectory("/w"); }
+  FakeBookmarkSubject() { files_.createDirectory("/w"); }
   SecurityScopedBookmarks& bookmarks() override { return bookmarks_; }
   FileURL url(const std::string& name) override { return FileURL("/w/" + name); }
   void makeFolder(const std::string& name) override { files_.createDirectory("/w/" + name); }
@@ -71,9 +71,9 @@ class FakeSubject final : public Subject {
   FakeBookmarks bookmarks_{files_};
 };
 
-using Factory = std::function<std::unique_ptr<Subject>()>;
+using BookmarkFactory = std::function<std::unique_ptr<BookmarkSubject>()>;
 
-class BookmarkConformance : public testing::TestWithParam<Factory> {
+class BookmarkConformance : public testing::TestWithParam<BookmarkFactory> {
  protected:
   /// The code of the error; 0 if there is none.
   int failureOfResolving(const Data& bookmark) {
@@ -86,7 +86,7 @@ class BookmarkConformance : public testing::TestWithParam<Factory> {
     }
   }
 
-  const std::unique_ptr<Subject> subject = GetParam()();
+  const std::unique_ptr<BookmarkSubject> subject = GetParam()();
   SecurityScopedBookmarks& bookmarks = subject->bookmarks();
 };
 
@@ -146,9 +146,9 @@ TEST_P(BookmarkConformance, GrantAccessToAFolder) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Linux, BookmarkConformance,
-                         testing::Values([] { return std::make_unique<LinuxSubject>(); }));
+                         testing::Values([] { return std::make_unique<LinuxBookmarkSubject>(); }));
 INSTANTIATE_TEST_SUITE_P(Fake, BookmarkConformance,
-                         testing::Values([] { return std::make_unique<FakeSubject>(); }));
+                         testing::Values([] { return std::make_unique<FakeBookmarkSubject>(); }));
 
 TEST(LinuxBookmarks, SurviveARenameBackAndAChangeOfContent) {
   const TemporaryFolder folder;

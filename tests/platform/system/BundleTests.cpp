@@ -54,12 +54,12 @@ class LinuxInstallation final : public Installation {
   LinuxBundle bundle_{folder_.url("bin/program")};
 };
 
-struct Factory {
+struct BundleFactory {
   std::string name;
   std::function<std::unique_ptr<Installation>()> make;
 };
 
-class BundleConformance : public testing::TestWithParam<Factory> {
+class BundleConformance : public testing::TestWithParam<BundleFactory> {
  protected:
   std::unique_ptr<Installation> installation = GetParam().make();
   const Bundle& bundle = installation->bundle();
@@ -81,8 +81,8 @@ TEST_P(BundleConformance, FindsNothingUnderOtherNames) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, BundleConformance,
-    testing::Values(Factory{"Fake", [] { return std::make_unique<FakeInstallation>(); }},
-                    Factory{"Linux", [] { return std::make_unique<LinuxInstallation>(); }}),
+    testing::Values(BundleFactory{"Fake", [] { return std::make_unique<FakeInstallation>(); }},
+                    BundleFactory{"Linux", [] { return std::make_unique<LinuxInstallation>(); }}),
     [](const auto& parameter) { return parameter.param.name; });
 
 TEST(LinuxBundle, LooksBesideTheFolderOfTheProgram) {

@@ -20,12 +20,12 @@ namespace kestrivane::test {
 namespace {
 
 /// A file manager with a folder, and another program's view of that folder.
-class Subject {
+class FileManagerSubject {
  public:
-  Subject() = default;
-  Subject(const Subject&) = delete;
-  Subject& operator=(const Subject&) = delete;
-  virtual ~Subject() = default;
+  FileManagerSubject() = default;
+  FileManagerSubject(const FileManagerSubject&) = delete;
+  FileManagerSubject& operator=(const FileManagerSubject&) = delete;
+  virtual ~FileManagerSubject() = default;
   virtual FileManager& manager() = 0;
   virtual FileURL url(const std::string& name) = 0;
   virtual void write(const std::string& name, const std::string& content) = 0;
@@ -33,7 +33,7 @@ class Subject {
   virtual std::string content(const std::string& name) = 0;
 };
 
-class LinuxSubject final : public Subject {
+class LinuxFileManagerSubject final : public FileManagerSubject {
  public:
   FileManager& manager() override { return manager_; }
   FileURL url(const std::string& name) override { return folder_.url(name); }
@@ -52,9 +52,9 @@ class LinuxSubject final : public Subject {
   LinuxFileManager manager_;
 };
 
-class InMemorySubject final : public Subject {
+class InMemoryFileManagerSubject final : public FileManagerSubject {
  public:
-  InMemorySubject() { files_.createDirectory("/w"); }
+  InMemoryFileManagerSubject() { files_.createDirectory("/w"); }
   FileManager& manager() override { return files_; }
   FileURL url(const std::string& name) override { return FileURL("/w/" + name); }
   void write(const std::string& name, const std::string& content) override {
@@ -69,11 +69,11 @@ class InMemorySubject final : public Subject {
   InMemoryFileSystem files_;
 };
 
-using Factory = std::function<std::unique_ptr<Subject>()>;
+using FileManagerFactory = std::function<std::unique_ptr<FileManagerSubject>()>;
 
-class FileManagerConformance : public testing::TestWithParam<Factory> {
+class FileManagerConformance : public testing::TestWithParam<FileManagerFactory> {
  protected:
-  const std::unique_ptr<Subject> subject = GetParam()();
+  const std::unique_ptr<FileManagerSubject> subject = GetParam()();
   FileManager& manager = subject->manager();
 
   void replace(const std::string& original, const std::string& replacement) {
@@ -187,10 +187,12 @@ TEST_P(FileManagerConformance, TellsThatAFolderHasRoom) {
   EXPECT_TRUE(manager.hasRoom(subject->url("folder")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Linux, FileManagerConformance,
-                         testing::Values([] { return std::make_unique<LinuxSubject>(); }));
-INSTANTIATE_TEST_SUITE_P(InMemory, FileManagerConformance,
-                         testing::Values([] { return std::make_unique<InMemorySubject>(); }));
+INSTANTIATE_TEST_SUITE_P(Linux, FileManagerConformance, testing::Values([] {
+                           return std::make_unique<LinuxFileManagerSubject>();
+                         }));
+INSTANTIATE_TEST_SUITE_P(InMemory, FileManagerConformance, testing::Values([] {
+                           return std::make_unique<InMemoryFileManagerSubject>();
+                         }));
 
 TEST(LinuxFileManager, ResolvesLinksAndDots) {
   const TemporaryFolder folder;

@@ -8,7 +8,7 @@
 namespace kestrivane::test {
 namespace {
 
-constexpr const char* name = "org.freedesktop.Notifications";
+constexpr const char* busName = "org.freedesktop.Notifications";
 constexpr std::chrono::seconds patience(20);
 
 void require(int result) {
@@ -73,7 +73,7 @@ MockNotificationService::MockNotificationService(const std::string& address,
   require(sd_bus_set_bus_client(bus_, 1));
   require(sd_bus_start(bus_));
   require(sd_bus_add_object(bus_, nullptr, "/org/freedesktop/Notifications", onCall, this));
-  require(sd_bus_request_name(bus_, name, 0));
+  require(sd_bus_request_name(bus_, busName, 0));
   thread_ = std::thread([this] { serve(); });
 }
 
@@ -103,7 +103,7 @@ int MockNotificationService::handle(sd_bus_message* call) {
   wasCalled_ = true;
   changed_.notify_all();
   if (answers_ == Answers::never) return 1;
-  if (sd_bus_message_is_method_call(call, name, "GetCapabilities") > 0) {
+  if (sd_bus_message_is_method_call(call, busName, "GetCapabilities") > 0) {
     sd_bus_message* reply = nullptr;
     require(sd_bus_message_new_method_return(call, &reply));
     require(sd_bus_message_open_container(reply, 'a', "s"));
@@ -114,7 +114,7 @@ int MockNotificationService::handle(sd_bus_message* call) {
     sd_bus_message_unref(reply);
     return result;
   }
-  if (sd_bus_message_is_method_call(call, name, "Notify") > 0) {
+  if (sd_bus_message_is_method_call(call, busName, "Notify") > 0) {
     shown_.push_back(readNotification(call));
     if (answers_ == Answers::neverToNotify) return 1;
     return sd_bus_reply_method_return(call, "u", static_cast<unsigned>(shown_.size()));

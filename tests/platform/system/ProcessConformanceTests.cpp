@@ -85,12 +85,12 @@ class RealPrograms final : public Programs {
   LinuxProcess process_;
 };
 
-struct Factory {
+struct ProcessFactory {
   std::string name;
   std::function<std::unique_ptr<Programs>()> make;
 };
 
-class ProcessConformance : public testing::TestWithParam<Factory> {
+class ProcessConformance : public testing::TestWithParam<ProcessFactory> {
  protected:
   int run(const FileURL& program, const std::vector<std::string>& arguments = {}) {
     return programs->process().run(program, arguments);
@@ -133,8 +133,8 @@ TEST_P(ProcessConformance, WhatCannotBeStartedIsAnError) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, ProcessConformance,
-    testing::Values(Factory{"Fake", [] { return std::make_unique<FakePrograms>(); }},
-                    Factory{"Linux", [] { return std::make_unique<RealPrograms>(); }}),
+    testing::Values(ProcessFactory{"Fake", [] { return std::make_unique<FakePrograms>(); }},
+                    ProcessFactory{"Linux", [] { return std::make_unique<RealPrograms>(); }}),
     [](const auto& parameter) { return parameter.param.name; });
 
 }  // namespace

@@ -16,12 +16,12 @@
 namespace kestrivane::test {
 namespace {
 
-constexpr std::size_t length = 100'000;
+constexpr std::size_t fileLength = 100'000;
 constexpr int kills = 25;
 
-/// A whole file is `length` times one letter.
+/// A whole file is `fileLength` times one letter.
 bool isWhole(const std::string& content) {
-  return content.size() == length &&
+  return content.size() == fileLength &&
          content.find_first_not_of(content.front()) == std::string::npos;
 }
 
@@ -29,10 +29,10 @@ class ReplaceItemCrash : public testing::TestWithParam<const char*> {
  protected:
   TemporaryFolder folder{"/var/tmp"};
   TemporaryFolder other{GetParam()};
-  const FileURL original = folder.write("a.jpg", std::string(length, 'a'));
+  const FileURL original = folder.write("a.jpg", std::string(fileLength, 'a'));
 
   void replaceOnce(LinuxFileManager& manager, char letter) {
-    manager.replaceItem(original, other.write("new", std::string(length, letter)),
+    manager.replaceItem(original, other.write("new", std::string(fileLength, letter)),
                         manager.versionOfItem(original));
   }
 

@@ -20,17 +20,17 @@ namespace {
 
 using Array = std::vector<Data>;
 
-class Subject {
+class UserDefaultsSubject {
  public:
-  Subject() = default;
-  Subject(const Subject&) = delete;
-  Subject& operator=(const Subject&) = delete;
-  virtual ~Subject() = default;
+  UserDefaultsSubject() = default;
+  UserDefaultsSubject(const UserDefaultsSubject&) = delete;
+  UserDefaultsSubject& operator=(const UserDefaultsSubject&) = delete;
+  virtual ~UserDefaultsSubject() = default;
   virtual UserDefaults& defaults() = 0;
 };
 
 template <typename Defaults>
-class InMemorySubject final : public Subject {
+class InMemoryUserDefaultsSubject final : public UserDefaultsSubject {
  public:
   UserDefaults& defaults() override { return defaults_; }
 
@@ -38,7 +38,7 @@ class InMemorySubject final : public Subject {
   Defaults defaults_;
 };
 
-class FileSubject final : public Subject {
+class FileUserDefaultsSubject final : public UserDefaultsSubject {
  public:
   UserDefaults& defaults() override { return defaults_; }
 
@@ -48,11 +48,11 @@ class FileSubject final : public Subject {
   FileUserDefaults defaults_{folder_.url("kestrivane/defaults.json"), log_};
 };
 
-using Factory = std::function<std::unique_ptr<Subject>()>;
+using UserDefaultsFactory = std::function<std::unique_ptr<UserDefaultsSubject>()>;
 
-class UserDefaultsConformance : public testing::TestWithParam<Factory> {
+class UserDefaultsConformance : public testing::TestWithParam<UserDefaultsFactory> {
  protected:
-  const std::unique_ptr<Subject> subject = GetParam()();
+  const std::unique_ptr<UserDefaultsSubject> subject = GetParam()();
   UserDefaults& defaults = subject->defaults();
 };
 
@@ -104,13 +104,15 @@ TEST_P(UserDefaultsConformance, TakeAValueOfAnotherKindForNone) {
   EXPECT_TRUE(defaults.boolForKey("key"));
 }
 
-INSTANTIATE_TEST_SUITE_P(File, UserDefaultsConformance,
-                         testing::Values([] { return std::make_unique<FileSubject>(); }));
-INSTANTIATE_TEST_SUITE_P(Volatile, UserDefaultsConformance, testing::Values([] {
-                           return std::make_unique<InMemorySubject<VolatileUserDefaults>>();
+INSTANTIATE_TEST_SUITE_P(File, UserDefaultsConformance, testing::Values([] {
+                           return std::make_unique<FileUserDefaultsSubject>();
                          }));
+INSTANTIATE_TEST_SUITE_P(
+    Volatile, UserDefaultsConformance, testing::Values([] {
+      return std::make_unique<InMemoryUserDefaultsSubject<VolatileUserDefaults>>();
+    }));
 INSTANTIATE_TEST_SUITE_P(Fake, UserDefaultsConformance, testing::Values([] {
-                           return std::make_unique<InMemorySubject<FakeUserDefaults>>();
+                           return std::make_unique<InMemoryUserDefaultsSubject<FakeUserDefaults>>();
                          }));
 
 }  // namespace

@@ -141,7 +141,7 @@ class KestrivaneApp::Program {
   std::unique_ptr<FreedesktopNotificationCenter> notificationCenter_ =
       FreedesktopNotificationCenter::create(*log_);
   std::unique_ptr<LinuxDispatch> dispatch_ = LinuxDispatch::create(loop_);
-  DesktopUpdatePrompt updatePrompt_{bus_, *notificationCenter_};
+  DesktopUpdatePrompt updatePrompt_{bus_, bundle_};
   AppcastUpdater updater_{updateSource(), loop_,         dispatch_->longWorkQueue(),
                           *log_,          updatePrompt_, downloadModule::downloader(bundle_)};
   Converters converters_{fileManager_, *log_, *dispatch_};

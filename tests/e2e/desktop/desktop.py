@@ -127,11 +127,11 @@ class DesktopTestCase(unittest.TestCase):
     # What is to be seen
 
     def windows(self, program="kestrivane"):
-        """The windows of a program that are shown."""
+        """The windows of a program that are shown; its name is that of their class or instance."""
         found = []
         title = r'(?:"(.*)"|\(has no name\))'
         place = r"(\d+)x(\d+)\+-?\d+\+-?\d+\s+\+(-?\d+)\+(-?\d+)"
-        pattern = rf'(0x\w+) {title}: \("{program}".*?\)\s+{place}'
+        pattern = rf'(0x\w+) {title}: \((?:"[^"]*" )?"{program}".*?\)\s+{place}'
         for identifier, name, *numbers in re.findall(pattern, self.windowTree_()):
             window = Window(identifier, name, *map(int, numbers))
             try:

@@ -1,4 +1,4 @@
-"""The offer of a newer version, with a notification daemon that draws buttons, and a feed on loopback."""
+"""The offer of a newer version, from a feed on loopback."""
 
 import functools
 import http.server
@@ -42,7 +42,9 @@ class Feed(http.server.BaseHTTPRequestHandler):
         self.requests_.append(self.path)
         address = "http://%s:%d" % self.server.server_address
         feed = FEED.format(address=address, signature=SIGNATURE).encode()
-        body = {"/feed": feed, "/kestrivane-2.0.tar.gz": ARCHIVE}[self.path]
+        body = {"/feed": feed, "/kestrivane-2.0.tar.gz": ARCHIVE}.get(self.path)
+        if body is None:
+            return self.send_error(404)
         self.send_response(200)
         self.send_header("Content-Length", str(len(body)))
         self.end_headers()
@@ -52,15 +54,8 @@ class Feed(http.server.BaseHTTPRequestHandler):
         pass
 
 
-class Updates(DesktopTestCase):
-    def startNotifications(self):
-        style = self.base / ".config" / "gtk-3.0"
-        style.mkdir(parents=True)
-        (style / "gtk.css").write_text(STYLE)
-        self.startProgram(DAEMON)
-        bus = dbus.bus.BusConnection(self.bus.address)
-        self.addCleanup(bus.close)
-        waitUntil(lambda: bus.name_has_owner("org.freedesktop.Notifications"), "the daemon")
+class FeedTestCase(DesktopTestCase):
+    """Runs the feed, and an application that looks there."""
 
     def setUp(self):
         super().setUp()
@@ -82,6 +77,28 @@ class Updates(DesktopTestCase):
         self.program = self.program.with_name("kestrivane-with-feed")
         self.environment["RESOURCE_NAME"] = "kestrivane"  # of its windows
 
+    def opened(self):
+        file = self.base / "opened"
+        return file.read_text().splitlines() if file.exists() else []
+
+    def check(self):
+        """Clicks on the button that looks for newer versions."""
+        popover = self.open()
+        self.click(popover.x + 287, popover.y + 484)
+
+
+class WithNotifications(FeedTestCase):
+    """With a notification daemon that draws buttons."""
+
+    def startNotifications(self):
+        style = self.base / ".config" / "gtk-3.0"
+        style.mkdir(parents=True)
+        (style / "gtk.css").write_text(STYLE)
+        self.startProgram(DAEMON)
+        bus = dbus.bus.BusConnection(self.bus.address)
+        self.addCleanup(bus.close)
+        waitUntil(lambda: bus.name_has_owner("org.freedesktop.Notifications"), "the daemon")
+
     def buttons(self):
         """The middles of the rows of buttons on the screen, from above."""
         picture = self.picture()
@@ -100,15 +117,6 @@ class Updates(DesktopTestCase):
         waitUntil(lambda: len(self.buttons()) == 2, "a notification with two buttons")
         self.still()  # it may still be moving to its place
         return self.buttons()
-
-    def opened(self):
-        file = self.base / "opened"
-        return file.read_text().splitlines() if file.exists() else []
-
-    def check(self):
-        """Clicks on the button that looks for newer versions."""
-        popover = self.open()
-        self.click(popover.x + 287, popover.y + 484)
 
     def test_a_newer_version_is_fetched_and_opened_only_if_the_user_says_so(self):
         self.startWithIcon()
@@ -141,3 +149,54 @@ class Updates(DesktopTestCase):
         waitUntil(isOpened, "the opener")
         self.assertEqual(self.opened(), [archive.as_uri()])
         self.assertEqual(list(self.downloads.iterdir()), [archive])
+
+
+class WithDialogues(FeedTestCase):
+    def dialogue(self):
+        shown = self.windows("kestrivane-ask")
+        return shown[0] if shown else None
+
+    def answer(self, *keys):
+        """Presses keys in the dialogue, which comes and goes."""
+        waitUntil(self.dialogue, "the dialogue")
+        self.pointer("windowfocus", "--sync", self.dialogue().identifier)
+        self.press(*keys)
+
+    def checkAnswers(self):
+        self.startWithIcon()
+        self.check()
+        self.answer("Return")
+        waitUntil(lambda: self.dialogue() is None, "the dialogue to close")
+        self.assertEqual(self.requests, ["/feed"], "nothing but the feed was fetched")
+
+        self.click(200, 700)
+        self.waitUntilClosed()
+        self.check()
+        self.answer("Tab", "space")
+        archive = self.downloads / "kestrivane-2.0.tar.gz"
+        waitUntil(archive.exists, "the download")
+        waitUntil(lambda: self.requests[2:] == ["/kestrivane-2.0.tar.gz"], "one download")
+        self.assertEqual(archive.read_bytes(), ARCHIVE)
+        self.assertEqual(self.opened(), [], "it is not opened unasked")
+
+
+class WithoutNotifications(WithDialogues):
+    def startNotifications(self):
+        pass
+
+    def test_a_dialogue_offers_a_newer_version(self):
+        self.checkAnswers()
+
+    def test_a_dialogue_says_that_the_feed_cannot_be_read(self):
+        self.environment["KESTRIVANE_FEED"] += "-elsewhere"
+        self.startWithIcon()
+        self.check()
+        self.answer("Return")
+        waitUntil(lambda: self.dialogue() is None, "the dialogue to close")
+        self.assertEqual(self.requests, ["/feed-elsewhere"])
+
+
+class WithNotificationsWithoutButtons(WithDialogues):
+    def test_a_dialogue_offers_a_newer_version(self):
+        self.checkAnswers()
+        self.assertEqual(self.messages(), [])

@@ -122,7 +122,8 @@ Item {
         }
 
         function test_theExitButtonQuits() {
-            compare(exit.mapToItem(view, exit.width, 0).x, 360 - 20)
+            // It may still be shrinking from the test before.
+            tryVerify(() => exit.mapToItem(view, exit.width, 0).x === 360 - 20)
             mouseClick(exit)
             compare(model.calls, [["quit"]])
         }

@@ -54,7 +54,6 @@ class LinuxStatusItem final : public QObject, public StatusItem {
   void trayChanged() {
     window_.reset();  // another tray, if there is one, gets another window
     settle();
-    host_.ask();
   }
 
   /// One place at a time, the tray first, because only a window in it takes drops.

@@ -19,8 +19,7 @@ class StatusNotifierHost final : public QObject {
 
   bool isPresent() const { return isPresent_; }
 
- public slots:
-  /// Looks again; for a moment when a panel is likely to have changed, since not every one says so.
+ private slots:
   void ask();
 
  private:

@@ -18,8 +18,12 @@ class Promises(unittest.TestCase):
 
     def test_of_dependencies(self):
         table = (ROOT / "docs" / "dependencies.md").read_text()
-        for listing in sorted((ROOT / "packaging" / "packages").glob("*.txt")):
-            for package in re.findall(r"^([\w.+-]+) ", listing.read_text(), re.M):
+        listings = sorted((ROOT / "packaging" / "packages").glob("*.txt"))
+        self.assertTrue(listings)
+        for listing in listings:
+            packages = re.findall(r"^([\w.+-]+) ", listing.read_text(), re.M)
+            self.assertTrue(packages, listing.name)
+            for package in packages:
                 with self.subTest(package=package, listing=listing.name):
                     self.assertIn(f"`{package}`", table)
 

@@ -66,11 +66,15 @@ EventRouter::Stream* EventRouter::find(StreamId id) {
 }
 
 void EventRouter::handle(const RawEvent& event, TimePoint now) {
-  if ((event.mask & IN_Q_OVERFLOW) != 0) return recoverFromOverflow(now);
+  if ((event.mask & IN_Q_OVERFLOW) != 0) {
+    isUnsettled_ = true;
+    return recoverFromOverflow(now);
+  }
   // The kernel tells both the folder's and its parent's watchers; the parent's report has a name.
   const bool isAboutItself = (event.mask & (IN_MOVE_SELF | IN_IGNORED)) != 0;
   if (event.name.empty() && !isAboutItself) return;
   for (const WatchRegistry::Location& location : registry_.locate(event.watch)) {
+    isUnsettled_ = true;
     if (isAboutItself) {
       handleFolderItself(location, now);
     } else if (!location.path.empty()) {
@@ -184,6 +188,7 @@ std::shared_ptr<Walk> EventRouter::makeWalk(StreamId id, Stream& stream, Walk::R
 }
 
 void EventRouter::queueDrained(TimePoint now) {
+  isUnsettled_ = false;
   // First, as a walk that has ended may leave doubts, and nothing else would wake the reader.
   for (const std::shared_ptr<Walk>& walk : std::exchange(finishedWalks_, {}))
     finish(*walk, now);

@@ -51,7 +51,9 @@ class EventRouter {
   void removeUnneededWatches();
 
   /// Whether there is something to do even without events.
-  bool isBusy() const { return moreToRemove_ || doubts_.hasMissing(); }
+  bool isBusy() const {
+    return moreToRemove_ || isUnsettled_ || !finishedWalks_.empty() || doubts_.hasMissing();
+  }
   /// When `deliver` has something to post, if nothing else happens.
   std::optional<TimePoint> deadline() const;
 
@@ -90,6 +92,9 @@ class EventRouter {
   std::vector<std::shared_ptr<Walk>> finishedWalks_;
   std::uint32_t overflows_ = 0;
   bool moreToRemove_ = false;
+  /// Whether something was handled since the queue was last read to its end. What settling itself
+  /// causes, the end of a watch that was only a look, does not count: it would never settle.
+  bool isUnsettled_ = false;
   TreeWalker walker_;  // ends first: its threads use the registry
 };
 

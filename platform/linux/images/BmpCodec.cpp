@@ -4,6 +4,7 @@
 
 #include "platform/linux/images/BmpCodec.hpp"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 

@@ -12,20 +12,20 @@ namespace kestrivane::heic {
 namespace {
 
 constexpr Chromaticity d65{0.3127, 0.3290};
-constexpr Chromaticity c{0.310, 0.316};
+constexpr Chromaticity illuminantC{0.310, 0.316};
 
 /// ColourPrimaries (ITU-T H.273, table 2); nothing for sRGB and for numbers that say nothing.
 std::optional<Chromaticities> chromaticitiesOf(int primaries) {
   switch (primaries) {
     case 4:
-      return {{c, {0.67, 0.33}, {0.21, 0.71}, {0.14, 0.08}}};
+      return {{illuminantC, {0.67, 0.33}, {0.21, 0.71}, {0.14, 0.08}}};
     case 5:
       return {{d65, {0.64, 0.33}, {0.29, 0.60}, {0.15, 0.06}}};
     case 6:
     case 7:
       return {{d65, {0.630, 0.340}, {0.310, 0.595}, {0.155, 0.070}}};
     case 8:
-      return {{c, {0.681, 0.319}, {0.243, 0.692}, {0.145, 0.049}}};
+      return {{illuminantC, {0.681, 0.319}, {0.243, 0.692}, {0.145, 0.049}}};
     case 9:
       return {{d65, {0.708, 0.292}, {0.170, 0.797}, {0.131, 0.046}}};
     case 11:

@@ -59,23 +59,27 @@ struct Tiling {
   }
 };
 
+/// Appends the size of the picture, each side in four bytes.
+void appendSize(Bytes& bytes, const Tiling& tiling) {
+  for (const std::size_t size : {tiling.picture.width, tiling.picture.height})
+    for (int shift = 24; shift >= 0; shift -= 8)
+      bytes.push_back(static_cast<std::uint8_t>(size >> shift));
+}
+
 /// The data of a grid (ISO/IEC 23008-12, 6.6.2.3).
 Bytes gridData(const Tiling& tiling) {
   constexpr std::uint8_t version = 0;
   constexpr std::uint8_t longSizes = 1;
   Bytes data{version, longSizes, static_cast<std::uint8_t>(tiling.rows - 1),
              static_cast<std::uint8_t>(tiling.columns - 1)};
-  for (const std::size_t size : {tiling.picture.width, tiling.picture.height})
-    for (int shift = 24; shift >= 0; shift -= 8)
-      data.push_back(static_cast<std::uint8_t>(size >> shift));
+  appendSize(data, tiling);
   return data;
 }
 
 /// The size of a picture as a property says it, after version and flags.
 Bytes sizeProperty(const Tiling& tiling) {
-  const Bytes grid = gridData(tiling);
   Bytes body(4);
-  body.insert(body.end(), grid.begin() + 4, grid.end());
+  appendSize(body, tiling);
   return body;
 }
 

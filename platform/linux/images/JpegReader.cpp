@@ -16,7 +16,7 @@
 namespace kestrivane::jpeg {
 namespace {
 
-constexpr std::size_t bufferSize = 64 * 1024;
+constexpr std::size_t inputBufferSize = 64 * 1024;
 constexpr int exifMarker = JPEG_APP0 + 1;
 constexpr int iccMarker = JPEG_APP0 + 2;
 
@@ -52,7 +52,7 @@ struct Source : jpeg_source_mgr {
 
   const ImageInput& input;
   std::uint64_t offset = 0;  // of the byte after the buffer
-  std::array<std::uint8_t, bufferSize> buffer;
+  std::array<std::uint8_t, inputBufferSize> buffer;
 };
 
 class Decoder {

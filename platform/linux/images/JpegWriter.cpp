@@ -13,7 +13,7 @@ namespace kestrivane::jpeg {
 namespace {
 
 constexpr int quality = 90;
-constexpr std::size_t bufferSize = 64 * 1024;
+constexpr std::size_t outputBufferSize = 64 * 1024;
 
 struct Destination : jpeg_destination_mgr {
   explicit Destination(ImageOutput& to) : jpeg_destination_mgr(), output(to) {
@@ -28,17 +28,17 @@ struct Destination : jpeg_destination_mgr {
     };
     term_destination = [](j_compress_ptr codec) {
       auto& self = *static_cast<Destination*>(codec->dest);
-      self.output.write(std::span(self.buffer).first(bufferSize - self.free_in_buffer));
+      self.output.write(std::span(self.buffer).first(outputBufferSize - self.free_in_buffer));
     };
   }
 
   void startBuffer() {
     next_output_byte = buffer.data();
-    free_in_buffer = bufferSize;
+    free_in_buffer = outputBufferSize;
   }
 
   ImageOutput& output;
-  std::array<std::uint8_t, bufferSize> buffer;
+  std::array<std::uint8_t, outputBufferSize> buffer;
 };
 
 class Encoder {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/media/LibavVersions.hpp"
 #include "platform/linux/media/MediaError.hpp"
 #include "platform/linux/media/TrackDescription.hpp"
 
@@ -42,9 +43,9 @@ AVChannelLayout layoutFor(int channels) {
 int sampleRateFor(const AVCodec& encoder, int sourceRate) {
   int best = 0;
   int lowest = sourceRate;
-  for (const int* rate = encoder.supported_samplerates; *rate != 0; ++rate) {
-    if (*rate <= sourceRate) best = std::max(best, *rate);
-    lowest = std::min(lowest, *rate);
+  for (const int rate : supportedSampleRates(encoder)) {
+    if (rate <= sourceRate) best = std::max(best, rate);
+    lowest = std::min(lowest, rate);
   }
   return best != 0 ? best : lowest;
 }

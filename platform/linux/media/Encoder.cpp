@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/linux/media/LibavVersions.hpp"
 #include "platform/linux/media/MediaError.hpp"
 
 namespace kestrivane {
@@ -26,7 +27,7 @@ Encoder::Encoder(CodecContext context, AVDictionary* options, MediaOutput& outpu
 }
 
 void Encoder::encode(const AVFrame* frame) {
-  if (frame != nullptr && frame->pkt_duration > 0) durations_[frame->pts] = frame->pkt_duration;
+  if (frame != nullptr && frame->*frameDuration > 0) durations_[frame->pts] = frame->*frameDuration;
   checked(avcodec_send_frame(context_.get(), frame));
   while (receive()) {
     av_packet_rescale_ts(packet_.get(), context_->time_base, track_.time_base);

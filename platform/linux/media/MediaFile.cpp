@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/media/LibavHandles.hpp"
+#include "platform/linux/media/LibavVersions.hpp"
 #include "platform/linux/media/MediaError.hpp"
 
 namespace kestrivane {
@@ -43,8 +43,11 @@ std::unique_ptr<MediaFile> MediaFile::openForReading(const FileURL& url) {
 std::unique_ptr<MediaFile> MediaFile::create(const FileURL& url) {
   std::unique_ptr<MediaFile> file(new MediaFile(open(url, O_RDWR | O_CREAT | O_EXCL), url.path()));
   auto* const buffer = static_cast<std::uint8_t*>(allocated(av_malloc(writingBuffer)));
+  const auto writer = [](void* self, WrittenBytes* bytes, int length) {
+    return write(self, bytes, length);
+  };
   file->context_ =
-      allocated(avio_alloc_context(buffer, writingBuffer, 1, file.get(), nullptr, &write, &seek));
+      allocated(avio_alloc_context(buffer, writingBuffer, 1, file.get(), nullptr, writer, &seek));
   return file;
 }
 
@@ -81,7 +84,7 @@ int MediaFile::read(void* self, std::uint8_t* buffer, int length) {
   return static_cast<int>(count);
 }
 
-int MediaFile::write(void* self, std::uint8_t* buffer, int length) {
+int MediaFile::write(void* self, const std::uint8_t* buffer, int length) {
   auto& file = *static_cast<MediaFile*>(self);
   int written = 0;
   while (written < length) {

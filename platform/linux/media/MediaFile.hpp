@@ -45,7 +45,7 @@ class MediaFile {
   MediaFile(FileDescriptor file, std::string pathToRemove);
 
   static int read(void* self, std::uint8_t* buffer, int length);
-  static int write(void* self, std::uint8_t* buffer, int length);
+  static int write(void* self, const std::uint8_t* buffer, int length);
   static std::int64_t seek(void* self, std::int64_t offset, int whence);
 
   FileDescriptor file_;

@@ -37,6 +37,16 @@ std::uint64_t declaredExtent(const MediaFile& file) {
   return matroskaExtent(std::span(bytes).first(count)).value_or(0);
 }
 
+/// Whether the file is a picture in the container of movies (ISO/IEC 23008-12, 10.2 and AV1 Image
+/// File Format, 4). Since libavformat 60.4 (FFmpeg 6.0) these are opened as films of one frame.
+bool isStillPicture(const AVFormatContext& format) {
+  constexpr std::array<std::string_view, 8> brands = {"heic", "heix", "heim", "heis",
+                                                      "mif1", "mif2", "miaf", "avif"};
+  const AVDictionaryEntry* const brand =
+      av_dict_get(format.metadata, "major_brand", nullptr, AV_DICT_MATCH_CASE);
+  return brand != nullptr && std::ranges::find(brands, brand->value) != brands.end();
+}
+
 bool isSoundOrVideo(const AVStream* stream) {
   const AVCodecParameters& codec = *stream->codecpar;
   if (codec.codec_id == AV_CODEC_ID_NONE) return false;
@@ -59,7 +69,7 @@ std::unique_ptr<MediaInput> MediaInput::open(const FileURL& url) try {
   checked(avformat_open_input(&input->format_, nullptr, nullptr, nullptr));
   if (format.probe_score <= AVPROBE_SCORE_RETRY) return nullptr;
   checked(avformat_find_stream_info(&format, nullptr));
-  if (!input->hasSoundOrVideo()) return nullptr;
+  if (!input->hasSoundOrVideo() || isStillPicture(format)) return nullptr;
   return input;
 } catch (const PlatformError&) {
   return nullptr;

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "platform/linux/media/LibavVersions.hpp"
 #include "platform/linux/media/MediaError.hpp"
 
 extern "C" {
@@ -47,9 +48,9 @@ PictureConverter::PictureConverter(const Target& target)
 const AVFrame& PictureConverter::convert(const AVFrame& source) {
   checked(av_frame_make_writable(frame_.get()));
   // Each field by itself, or the colours of two moments would be mixed.
-  const bool isInterlaced =
-      source.interlaced_frame != 0 && source.height % 4 == 0 && source.height == target_.height;
-  const int fields = isInterlaced ? 2 : 1;
+  const bool hasFields =
+      isInterlaced(source) && source.height % 4 == 0 && source.height == target_.height;
+  const int fields = hasFields ? 2 : 1;
   prepareScaler({source.width, source.height / fields, static_cast<AVPixelFormat>(source.format)},
                 fields);
   for (int field = 0; field < fields; ++field) {
@@ -57,9 +58,8 @@ const AVFrame& PictureConverter::convert(const AVFrame& source) {
                             fieldOf(source, field, fields).get()));
   }
   frame_->pts = source.pts;
-  frame_->pkt_duration = source.pkt_duration;
-  frame_->interlaced_frame = source.interlaced_frame;
-  frame_->top_field_first = source.top_field_first;
+  frame_.get()->*frameDuration = source.*frameDuration;
+  copyFieldOrder(*frame_, source);
   return *frame_;
 }
 

@@ -4,9 +4,7 @@
 
 #include "platform/linux/media/TrackDescription.hpp"
 
-#include <cstring>
-
-#include "platform/linux/media/LibavHandles.hpp"
+#include "platform/linux/media/LibavVersions.hpp"
 #include "platform/linux/media/MediaError.hpp"
 
 namespace kestrivane {
@@ -38,11 +36,8 @@ void describeTrack(AVStream& target, const AVStream& source, Content content) {
     for (const char* const nameOfTheFormerEncoder : {"encoder", "vendor_id"})
       av_dict_set(&target.metadata, nameOfTheFormerEncoder, nullptr, 0);
   }
-  for (int i = 0; i < source.nb_side_data; ++i) {
-    const AVPacketSideData& data = source.side_data[i];
-    if (content == Content::encoded && !describesThePicture(data.type)) continue;
-    std::uint8_t* const copy = allocated(av_stream_new_side_data(&target, data.type, data.size));
-    std::memcpy(copy, data.data, data.size);
+  for (const AVPacketSideData& data : trackSideData(source)) {
+    if (content == Content::copied || describesThePicture(data.type)) addTrackSideData(target, data);
   }
 }
 

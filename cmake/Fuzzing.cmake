@@ -4,7 +4,7 @@ if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
 endif()
 set(sanitizers fuzzer-no-link,address,undefined)
 target_compile_definitions(kestrivane_options INTERFACE
-  # clang 14 has coroutines but does not say so in the way that GCC's library asks.
-  __cpp_impl_coroutine=201902L
+  # clang before 17 has coroutines but does not say so in the way that GCC's library asks.
+  $<$<VERSION_LESS:${CMAKE_CXX_COMPILER_VERSION},17>:__cpp_impl_coroutine=201902L>
   # Many pictures are to be tried, not large ones.
   KESTRIVANE_MAXIMUM_AREA=4194304)

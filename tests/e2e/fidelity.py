@@ -19,10 +19,10 @@ def seen(path, extension, *preparation, depth=8):
         with tempfile.TemporaryDirectory() as folder:
             return seen(shownByLibheif_(path, folder), "png", *preparation, depth=depth)
     command = ("convert", f"{FORMATS[extension][0]}:{os.fsdecode(path)}[0]", *preparation)
-    command += ("-colorspace", "sRGB", "-depth", str(depth), "MIFF:-")
+    command += ("-colorspace", "sRGB", "-depth", str(depth), "PAM:-")
     decoded = run_(*command)
-    size = run_("identify", "-format", "%w %h", "MIFF:-", input=decoded).split()
-    raw = run_("convert", "MIFF:-", "-depth", str(depth), "-endian", "LSB", "RGBA:-", input=decoded)
+    size = run_("identify", "-format", "%w %h", "PAM:-", input=decoded).split()
+    raw = run_("convert", "PAM:-", "-depth", str(depth), "-endian", "LSB", "RGBA:-", input=decoded)
     kind = numpy.uint8 if depth == 8 else numpy.dtype("<u2")
     return numpy.frombuffer(raw, kind).reshape(int(size[1]), int(size[0]), 4).astype(float)
 
@@ -75,7 +75,7 @@ def inSRGB(picture):
     """The picture with its profile applied, as 8-bit sRGB; colours beyond it become the nearest."""
     sRGB = ImageCms.createProfile("sRGB")
     return ImageCms.profileToProfile(
-        picture.convert("RGB"), profileOf(picture), sRGB, ImageCms.INTENT_RELATIVE_COLORIMETRIC
+        picture.convert("RGB"), profileOf(picture), sRGB, ImageCms.Intent.RELATIVE_COLORIMETRIC
     )
 
 

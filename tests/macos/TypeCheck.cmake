@@ -5,10 +5,13 @@
 get_target_property(warnings kestrivane_options INTERFACE_COMPILE_OPTIONS)
 list(FILTER warnings INCLUDE REGEX "^-W")
 list(FILTER warnings EXCLUDE REGEX "maybe-uninitialized")
-set(compile_options
-  --target=x86_64-apple-macosx13.0 -std=c++20 -fblocks ${warnings}
-  # clang 14 has coroutines but does not say so in the way that GCC's library asks.
-  -D__cpp_impl_coroutine=201902L
+set(compile_options --target=x86_64-apple-macosx13.0 -std=c++20 -fblocks ${warnings})
+execute_process(COMMAND clang++ -dumpversion OUTPUT_VARIABLE clang_version COMMAND_ERROR_IS_FATAL ANY)
+if(clang_version VERSION_LESS 17)
+  # It has coroutines but does not say so in the way that GCC's library asks.
+  list(APPEND compile_options -D__cpp_impl_coroutine=201902L)
+endif()
+list(APPEND compile_options
   # The macOS target takes this name for itself, which the C library here needs, and leaves out that.
   -U__nonnull -D_GNU_SOURCE
   -nostdinc++ -I${CMAKE_SOURCE_DIR} -isystem ${CMAKE_CURRENT_SOURCE_DIR}/sdk)
@@ -30,5 +33,5 @@ function(add_type_check source object)
   endif()
   add_test(NAME type_check.${source}
     COMMAND clang++ ${language} ${compile_options} -c -o ${object} ${CMAKE_SOURCE_DIR}/${source})
-  set_tests_properties(type_check.${source} PROPERTIES FIXTURES_SETUP macos_objects)
+  set_tests_properties(type_check.${source} PROPERTIES FIXTURES_SETUP macos_objects PROCESSORS 2)
 endfunction()

@@ -5,28 +5,37 @@
 #include "platform/linux/events/DoubtfulWatches.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace kestrivane {
+namespace {
 
-std::vector<WatchRegistry::Location> DoubtfulWatches::settle() {
+/// How long a directory may be at no place that is known. The kernel queues the event of a rename
+/// after the new name is there, and whoever renames may be held up in between.
+constexpr std::chrono::milliseconds patience{50};
+
+}  // namespace
+
+std::vector<WatchRegistry::Location> DoubtfulWatches::settle(TimePoint now) {
   for (const int watch : registry_.takeDoubtful())
-    watches_.try_emplace(watch, State::doubtful);
+    watches_.try_emplace(watch);
   std::vector<WatchRegistry::Location> found;
-  missing_ = 0;
+  deadline_.reset();
   for (auto each = watches_.begin(); each != watches_.end();) {
     bool isSettled = true;
-    each->second = settle(each->first, each->second, found, isSettled);
-    if (!isSettled && each->second == State::missing) ++missing_;
+    each->second = settle(each->first, each->second, now, found, isSettled);
+    if (!isSettled && each->second)
+      deadline_ = deadline_ ? std::min(*deadline_, *each->second) : each->second;
     each = isSettled ? watches_.erase(each) : std::next(each);
   }
   return found;
 }
 
-DoubtfulWatches::State DoubtfulWatches::settle(int watch, State before,
-                                               std::vector<WatchRegistry::Location>& found,
-                                               bool& isSettled) {
-  State state = State::doubtful;
+DoubtfulWatches::GivenUp DoubtfulWatches::settle(int watch, GivenUp before, TimePoint now,
+                                                 std::vector<WatchRegistry::Location>& found,
+                                                 bool& isSettled) {
+  GivenUp givenUp;
   for (WatchRegistry::Location& location : registry_.locate(watch)) {
     switch (registry_.presence(location.directory, resolver_)) {
       case WatchRegistry::Presence::present:
@@ -36,16 +45,16 @@ DoubtfulWatches::State DoubtfulWatches::settle(int watch, State before,
         isSettled = false;
         break;
       case WatchRegistry::Presence::gone:
-        if (before == State::missing) {
+        if (before && *before <= now) {
           registry_.remove(location.directory);
         } else {
-          state = State::missing;
+          givenUp = before ? before : now + patience;
           isSettled = false;
         }
         break;
     }
   }
-  return state;
+  return givenUp;
 }
 
 bool DoubtfulWatches::concern(StreamId stream) const {

@@ -1,11 +1,13 @@
 // Directories that may have moved away, until that is known.
 //
 // A directory is looked for where the tree has it once the kernel's queue has been read to its end.
-// If it is not there, the report of its arrival elsewhere may have been queued since: it is given
-// up only when it is still missing after the queue has been read to its end again. Thread-safety:
+// If it is not there, the report of its arrival elsewhere may be about to be queued: it is given up
+// only when it is still missing a while later. Time is what the caller says it is. Thread-safety:
 // none. Ownership: the registry and the resolver outlive it.
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -18,26 +20,29 @@ class DoubtfulWatches {
   DoubtfulWatches(WatchRegistry& registry, NameResolver& resolver)
       : registry_(registry), resolver_(resolver) {}
 
+  using TimePoint = std::chrono::steady_clock::time_point;
+
   /// To be called when the kernel's queue has been read to its end. Returns the directories that
   /// were found; what is in them may have been listed under another one's name.
-  std::vector<WatchRegistry::Location> settle();
+  std::vector<WatchRegistry::Location> settle(TimePoint now);
 
-  /// Whether directories are missing that the next call gives up.
-  bool hasMissing() const { return missing_ > 0; }
+  /// When `settle` gives up a directory that is missing.
+  std::optional<TimePoint> deadline() const { return deadline_; }
 
   /// Whether the place of a directory of this stream is in doubt.
   bool concern(StreamId stream) const;
 
  private:
-  enum class State { doubtful, missing };
+  /// When a directory that is missing is given up; nothing as long as its place is only in doubt.
+  using GivenUp = std::optional<TimePoint>;
 
-  State settle(int watch, State before, std::vector<WatchRegistry::Location>& found,
-               bool& isSettled);
+  GivenUp settle(int watch, GivenUp before, TimePoint now,
+                 std::vector<WatchRegistry::Location>& found, bool& isSettled);
 
   WatchRegistry& registry_;
   NameResolver& resolver_;
-  std::unordered_map<int, State> watches_;
-  std::size_t missing_ = 0;
+  std::unordered_map<int, GivenUp> watches_;
+  GivenUp deadline_;
 };
 
 }  // namespace kestrivane

@@ -192,7 +192,7 @@ void EventRouter::queueDrained(TimePoint now) {
   // First, as a walk that has ended may leave doubts, and nothing else would wake the reader.
   for (const std::shared_ptr<Walk>& walk : std::exchange(finishedWalks_, {}))
     finish(*walk, now);
-  for (const WatchRegistry::Location& location : doubts_.settle()) {
+  for (const WatchRegistry::Location& location : doubts_.settle(now)) {
     Stream* const stream = find(location.stream);
     if (stream == nullptr) continue;
     walker_.startAt(makeWalk(location.stream, *stream, Walk::Reports::whatIsFound),
@@ -260,7 +260,7 @@ void EventRouter::removeUnneededWatches() {
 }
 
 std::optional<EventRouter::TimePoint> EventRouter::deadline() const {
-  std::optional<TimePoint> earliest;
+  std::optional<TimePoint> earliest = doubts_.deadline();
   for (const auto& [id, stream] : streams_) {
     const std::optional<TimePoint> deadline = stream.gatherer.deadline();
     if (deadline && (!earliest || *deadline < *earliest)) earliest = deadline;

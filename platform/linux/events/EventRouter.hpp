@@ -51,10 +51,8 @@ class EventRouter {
   void removeUnneededWatches();
 
   /// Whether there is something to do even without events.
-  bool isBusy() const {
-    return moreToRemove_ || isUnsettled_ || !finishedWalks_.empty() || doubts_.hasMissing();
-  }
-  /// When `deliver` has something to post, if nothing else happens.
+  bool isBusy() const { return moreToRemove_ || isUnsettled_ || !finishedWalks_.empty(); }
+  /// When `deliver` has something to post or `queueDrained` to settle, if nothing else happens.
   std::optional<TimePoint> deadline() const;
 
  private:

@@ -5,6 +5,7 @@
 #include "platform/linux/system/Base64.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 namespace kestrivane {
@@ -46,7 +47,7 @@ std::optional<Data> bytesOfBase64(std::string_view text) {
     for (const int shift : {16, 8, 0})
       bytes.push_back(static_cast<std::byte>(bits >> shift));
   }
-  bytes.resize(bytes.size() - padding);
+  bytes.erase(bytes.end() - static_cast<std::ptrdiff_t>(padding), bytes.end());
   // Bits that stand for no byte have to be zero.
   if (base64(bytes) != text) return std::nullopt;
   return bytes;

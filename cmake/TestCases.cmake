@@ -15,7 +15,7 @@ function(add_test_cases program)
   foreach(index RANGE ${last})
     set(name ${program}.shard-${index})
     add_test(NAME ${name} COMMAND ${program})
-    set_tests_properties(${name} PROPERTIES PROCESSORS 2 ENVIRONMENT
+    set_tests_properties(${name} PROPERTIES PROCESSORS 2 TIMEOUT 900 ENVIRONMENT
       "GTEST_TOTAL_SHARDS=${count};GTEST_SHARD_INDEX=${index};GTEST_OUTPUT=xml:${CMAKE_BINARY_DIR}/shards/${name}.xml")
   endforeach()
 endfunction()

@@ -86,7 +86,11 @@ class KestrivaneApp::Program {
       // After the saved ones, which are restored on the loop's next turn.
       loop_.post([this, folders = std::move(folders)] { viewModel_->addFolders(folders); });
     }
-    return QCoreApplication::exec();
+    const int status = QCoreApplication::exec();
+    // The kernel ends the tools, which die with the threads that wait for them, frees the name on
+    // the bus and closes the windows.
+    if (quitting_.leavesConversions()) std::_Exit(status);
+    return status;
   }
 
  private:

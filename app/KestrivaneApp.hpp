@@ -19,8 +19,9 @@ class KestrivaneApp {
   ~KestrivaneApp();
 
   /// Launches, adds `folders` to those that are watched, and runs until the user quits; conversions
-  /// under way are let finish. When another instance runs in this session, hands over to it and
-  /// returns at once. Returns the exit status.
+  /// under way are let finish. When the user does not wait for them the process ends inside of this
+  /// call. When another instance runs in this session, hands over to it and returns at once.
+  /// Returns the exit status.
   int run(std::vector<FileURL> folders);
 
  private:

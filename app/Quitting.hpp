@@ -1,5 +1,5 @@
 // The way out of the program: nothing is watched any more, and the conversions under way are let
-// finish.
+// finish, unless the user asks a second time.
 //
 // Thread-safety: for the main thread. Ownership: refers to what it is made with, which outlives it.
 #pragma once
@@ -30,6 +30,11 @@ class Quitting {
   /// Closes the popover, stops watching, also folders that are added meanwhile, and terminates the
   /// application once no engine runs any more; at once when it is called again.
   void quit();
+
+  /// Whether the main loop, which has ended, has left conversions under way. They run on threads
+  /// that use what the program is made of and cannot be interrupted: the process must end then
+  /// without destroying anything.
+  bool leavesConversions() const { return !services_.tasks.empty(); }
 
  private:
   Services services_;

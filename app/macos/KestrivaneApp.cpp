@@ -5,6 +5,7 @@
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
+#include <cstdlib>
 #include <utility>
 
 #include "app/AppDelegate.hpp"
@@ -51,7 +52,13 @@ class KestrivaneApp::Program {
     if (!folders.empty()) {
       loop_.post([this, folders = std::move(folders)] { viewModel_->addFolders(folders); });
     }
-    return QCoreApplication::exec();
+    // Every `terminate:` ends the loop, also one that does not come from us.
+    const int status = QCoreApplication::exec();
+    if (quitting_.leavesConversions()) {
+      process_.endAll();
+      std::_Exit(status);
+    }
+    return status;
   }
 
  private:

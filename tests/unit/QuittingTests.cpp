@@ -67,8 +67,23 @@ TEST_F(QuittingTest, LetsTheConversionsUnderWayFinish) {
 TEST_F(QuittingTest, TerminatesAtOnceWhenItIsAskedForAgain) {
   startConversion();
   quit();
+  ASSERT_EQ(journal, Journal{"close"});
   quit();
   EXPECT_EQ(journal, (Journal{"close", "terminate"}));
+}
+
+TEST_F(QuittingTest, LeavesConversionsUnderWayOnlyWhenItIsAskedForAgain) {
+  startConversion();
+  quit();
+  EXPECT_TRUE(quitting.leavesConversions());
+  dispatch.loop.advance(1h);
+  EXPECT_FALSE(quitting.leavesConversions());
+}
+
+TEST_F(QuittingTest, LeavesNoConversionsWhenThereAreNone) {
+  add({"/a"});
+  quit();
+  EXPECT_FALSE(quitting.leavesConversions());
 }
 
 TEST_F(QuittingTest, DoesNotWatchWhatIsAddedMeanwhile) {

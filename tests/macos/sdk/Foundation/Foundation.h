@@ -223,6 +223,7 @@ static const NSTaskTerminationReason NSTaskTerminationReasonUncaughtSignal = 2;
 @property(readonly) NSTaskTerminationReason terminationReason;
 - (BOOL)launchAndReturnError:(NSError* _Nullable* _Nullable)error;
 - (void)waitUntilExit;
+- (void)terminate;
 @end
 
 #pragma clang assume_nonnull end

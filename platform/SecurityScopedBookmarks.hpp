@@ -25,7 +25,9 @@ class SecurityScopedBookmarks {
   SecurityScopedBookmarks& operator=(const SecurityScopedBookmarks&) = delete;
   virtual ~SecurityScopedBookmarks() = default;
 
-  /// A bookmark of the folder, with security scope. Throws `PlatformError` where there is none.
+  /// A bookmark of the folder, with security scope. For a folder that is away, as on a disk that
+  /// was taken out, the one that was last made of it or resolved to it here. Throws `PlatformError`
+  /// where there is none.
   virtual Data bookmarkData(const FileURL& folder) const = 0;
 
   /// The folder that the bookmark names, with security scope. Throws `PlatformError` if it cannot

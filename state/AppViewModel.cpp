@@ -16,6 +16,10 @@ constexpr std::string_view showSuccessNotificationsKey = "showSuccessNotificatio
 /// How many files of one folder are converted at once.
 constexpr long maxConcurrentConversions = 2;
 
+bool contains(const std::vector<FileURL>& urls, const FileURL& url) {
+  return std::ranges::find(urls, url) != urls.end();
+}
+
 bool registeredBool(UserDefaults& userDefaults, std::string_view key, bool value) {
   userDefaults.registerDefault(key, value);
   return userDefaults.boolForKey(key);
@@ -63,10 +67,10 @@ void AppViewModel::followSavedFolders() {
       startMonitoring(url);
     }
   }
+  std::erase_if(unsavedFolders_, [&](const FileURL& url) { return contains(saved->named, url); });
   const std::vector<FileURL> listed = monitoredFolders_.value();
-  for (const FileURL& url : listed) {
-    if (std::ranges::find(saved->named, url) == saved->named.end()) drop(url);
-  }
+  for (const FileURL& url : listed)
+    if (!contains(saved->named, url) && !contains(unsavedFolders_, url)) drop(url);
 }
 
 void AppViewModel::selectFolders() {
@@ -84,13 +88,13 @@ void AppViewModel::addFolders(const std::vector<FileURL>& urls) {
     append(url);
     startMonitoring(url);
   }
-  bookmarkManager_.save(monitoredFolders_.value());
+  save();
 }
 
 void AppViewModel::removeFolder(std::size_t index) {
   if (index >= monitoredFolders_.value().size()) std::terminate();
   drop(FileURL(monitoredFolders_.value()[index]));
-  bookmarkManager_.save(monitoredFolders_.value());
+  save();
 }
 
 void AppViewModel::startMonitoring(const FileURL& url) {
@@ -139,7 +143,7 @@ void AppViewModel::handleStatusChange(bool isStarting) {
 }
 
 bool AppViewModel::isListed(const FileURL& url) const {
-  return std::ranges::find(monitoredFolders_.value(), url) != monitoredFolders_.value().end();
+  return contains(monitoredFolders_.value(), url);
 }
 
 void AppViewModel::append(const FileURL& url) {
@@ -150,6 +154,10 @@ void AppViewModel::drop(const FileURL& url) {
   monitoredFolders_.modify([&url](auto& folders) { std::erase(folders, url); });
   stopMonitoring(url);
   services_.bookmarks.stopAccessing(url);
+}
+
+void AppViewModel::save() {
+  unsavedFolders_ = bookmarkManager_.save(monitoredFolders_.value());
 }
 
 }  // namespace kestrivane

@@ -75,8 +75,8 @@ class AppViewModel final : public std::enable_shared_from_this<AppViewModel> {
   void loadSavedFolders();
 
   /// Takes over what has become of the saved list since: folders that are new in it, or can be
-  /// found again, are watched, and those that are no longer in it are dropped. Without a list
-  /// nothing changes. Saves nothing.
+  /// found again, are watched, and those that somebody has removed from it are dropped. Without a
+  /// list nothing changes. Saves nothing.
   void followSavedFolders();
 
   /// Lets the user choose folders, and adds them.
@@ -114,12 +114,15 @@ class AppViewModel final : public std::enable_shared_from_this<AppViewModel> {
   bool isListed(const FileURL& url) const;
   void append(const FileURL& url);
   void drop(const FileURL& url);
+  void save();
 
   Services services_;
   ConverterFactory makeConverters_;
   const std::shared_ptr<WatchedFolders> watchedFolders_ = std::make_shared<WatchedFolders>();
 
   Published<std::vector<FileURL>> monitoredFolders_{{}};
+  /// Those of them that are missing from the saved list because they could not be saved.
+  std::vector<FileURL> unsavedFolders_;
   Published<bool> showSuccessNotifications_;
   Published<bool> isProcessing_{false};
   std::int64_t activeConversionCount_ = 0;

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -30,20 +31,25 @@ class BookmarkManager {
 
   BookmarkManager(UserDefaults& userDefaults, SecurityScopedBookmarks& bookmarks, UnifiedLog& log);
 
-  /// Replaces the stored list. A folder that no bookmark can be made of is left out and logged.
-  void save(const std::vector<FileURL>& urls);
+  /// Replaces the stored list. A folder that no bookmark can be made of is left out and logged;
+  /// returns those.
+  std::vector<FileURL> save(const std::vector<FileURL>& urls);
 
   /// The folders of the stored list that can be found and read, in its order; the others are left
   /// out, and stay stored until the next `save`. A stale bookmark is used as it is.
   std::vector<FileURL> load();
 
-  /// As `load`, with the folders that were left out; nothing if there is no list.
+  /// As `load`, with the folders that were left out; nothing if there is no list. A bookmark that
+  /// still cannot be resolved is not logged again.
   std::optional<StoredFolders> loadAll();
 
  private:
+  void resolve(const Data& bookmark, StoredFolders& folders);
+
   UserDefaults& userDefaults_;
   SecurityScopedBookmarks& bookmarks_;
   std::unique_ptr<Logger> logger_;
+  std::set<Data> unresolved_;  ///< those of which the log tells
 };
 
 }  // namespace kestrivane

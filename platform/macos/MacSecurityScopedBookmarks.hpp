@@ -3,7 +3,7 @@
 //
 // Thread-safety: every operation may be called from any thread. Ownership: keeps the URL object of
 // each folder that was resolved, because the scope hangs on that object and not on the path, until
-// the access to the folder is stopped.
+// the access to the folder is stopped; and the latest bookmark of each folder that it has met.
 #pragma once
 
 #include <memory>
@@ -25,8 +25,10 @@ class MacSecurityScopedBookmarks final : public SecurityScopedBookmarks {
 
  private:
   class ScopedURLs;
+  class LatestBookmarks;
 
   const std::unique_ptr<ScopedURLs> scopedURLs_;
+  const std::unique_ptr<LatestBookmarks> latest_;
 };
 
 }  // namespace kestrivane

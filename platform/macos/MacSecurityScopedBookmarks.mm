@@ -6,6 +6,7 @@
 
 #include <map>
 #include <mutex>
+#include <utility>
 
 #include "platform/macos/FoundationBridge.hpp"
 
@@ -36,8 +37,27 @@ class MacSecurityScopedBookmarks::ScopedURLs {
   std::map<FileURL, NSURL*> urls_;
 };
 
+class MacSecurityScopedBookmarks::LatestBookmarks {
+ public:
+  void insert(const FileURL& folder, Data bookmark) {
+    const std::lock_guard lock(mutex_);
+    bookmarks_.insert_or_assign(folder, std::move(bookmark));
+  }
+
+  std::optional<Data> find(const FileURL& folder) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = bookmarks_.find(folder);
+    if (found == bookmarks_.end()) return std::nullopt;
+    return found->second;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::map<FileURL, Data> bookmarks_;
+};
+
 MacSecurityScopedBookmarks::MacSecurityScopedBookmarks()
-    : scopedURLs_(std::make_unique<ScopedURLs>()) {}
+    : scopedURLs_(std::make_unique<ScopedURLs>()), latest_(std::make_unique<LatestBookmarks>()) {}
 
 MacSecurityScopedBookmarks::~MacSecurityScopedBookmarks() = default;
 
@@ -49,7 +69,11 @@ Data MacSecurityScopedBookmarks::bookmarkData(const FileURL& folder) const {
                             includingResourceValuesForKeys:nil
                                              relativeToURL:nil
                                                      error:&error];
-    if (bookmark == nil) throw platformError(error);
+    if (bookmark == nil) {
+      if (auto known = latest_->find(folder)) return *std::move(known);
+      throw platformError(error);
+    }
+    latest_->insert(folder, data(bookmark));
     return data(bookmark);
   }
 }
@@ -66,6 +90,7 @@ ResolvedBookmark MacSecurityScopedBookmarks::resolve(std::span<const std::byte> 
     if (url == nil) throw platformError(error);
     const FileURL folder = fileURL(url);
     scopedURLs_->insert(folder, url);
+    latest_->insert(folder, {bookmark.begin(), bookmark.end()});
     return {.url = folder, .isStale = static_cast<bool>(isStale)};
   }
 }

@@ -42,10 +42,13 @@ class FakeBookmarks final : public SecurityScopedBookmarks {
 
   std::set<std::string> stale;         ///< the paths whose bookmarks are stale
   std::set<std::string> inaccessible;  ///< the paths that access to is not granted
+  std::set<std::string> unnameable;    ///< the paths that no bookmark can be made of
   std::vector<std::string> accesses;   ///< "start PATH" and "stop PATH", in order
 
   Data bookmarkData(const FileURL& folder) const override {
-    requireFolder(folder);
+    if (unnameable.contains(folder.path())) throw PlatformError(EIO, "No bookmark");
+    if (!met_.contains(folder.path())) requireFolder(folder);
+    met_.insert(folder.path());
     return of(folder.path());
   }
 
@@ -53,6 +56,7 @@ class FakeBookmarks final : public SecurityScopedBookmarks {
     const std::optional<FileURL> url = placeOf(bookmark);
     if (!url) throw PlatformError(EBADMSG, "A damaged bookmark");
     requireFolder(*url);
+    met_.insert(url->path());
     return {.url = *url, .isStale = stale.contains(url->path())};
   }
 
@@ -89,6 +93,7 @@ class FakeBookmarks final : public SecurityScopedBookmarks {
   }
 
   InMemoryFileSystem& fileSystem_;
+  mutable std::set<std::string> met_;  ///< the paths of folders that bookmarks are known of
 };
 
 }  // namespace kestrivane::test

@@ -234,6 +234,59 @@ TEST_F(AppViewModelTest, KeepsAFolderThatIsNotThereForAsLongAsItIsSaved) {
   EXPECT_EQ(folders(), Lines{"/b"});
 }
 
+TEST_F(AppViewModelTest, KeepsAFolderWhoseDiskIsAwayWhenAnotherOneIsAdded) {
+  save({"/a"});
+  make();
+  settle();
+  files.remove("/a");
+  add({"/b"});
+  model->followSavedFolders();  // the program's own write is a change of the list too
+  settle();
+  EXPECT_EQ(folders(), (Lines{"/a", "/b"}));
+  EXPECT_EQ(saved(), (Lines{"/a", "/b"}));
+  EXPECT_EQ(log.messages(LogLevel::error), Lines{"Ошибка разрешения закладки: No folder at /a"});
+
+  files.createDirectory("/a");
+  model->followSavedFolders();
+  settle();
+  rename("/a/photo.png", "/a/photo.jpg");
+  EXPECT_EQ(script->sources, Lines{"/a/photo.jpg"});
+
+  files.remove("/a");
+  model->removeFolder(0);
+  model->followSavedFolders();
+  EXPECT_EQ(folders(), Lines{"/b"});
+  EXPECT_EQ(saved(), Lines{"/b"});
+}
+
+TEST_F(AppViewModelTest, KeepsAFolderThatCouldNotBeSavedUntilSomebodyRemovesIt) {
+  make();
+  settle();
+  bookmarks.unnameable.insert("/a");
+  add({"/a", "/b"});
+  EXPECT_EQ(saved(), Lines{"/b"});
+  model->followSavedFolders();
+  EXPECT_EQ(folders(), (Lines{"/a", "/b"}));
+
+  save({"/a", "/b"});  // somebody else could
+  model->followSavedFolders();
+  save({"/b"});
+  model->followSavedFolders();
+  EXPECT_EQ(folders(), Lines{"/b"});
+}
+
+TEST_F(AppViewModelTest, SavesOnlyWhatIsWatchedWhenAFolderIsAddedAfterAPartialRestore) {
+  save({"/b", "/gone", "/a"});
+  make();
+  settle();
+  add({"/c"});
+  model->followSavedFolders();
+  settle();
+  EXPECT_EQ(folders(), (Lines{"/b", "/a", "/c"}));
+  EXPECT_EQ(watched(), (Lines{"/b", "/a", "/c"}));
+  EXPECT_EQ(saved(), (Lines{"/b", "/a", "/c"}));
+}
+
 TEST_F(AppViewModelTest, KeepsItsFoldersWhereThereIsNoListOrOneThatCannotBeRead) {
   save({"/a"});
   make();

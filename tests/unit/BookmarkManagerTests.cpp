@@ -111,6 +111,28 @@ TEST_F(BookmarkManagerTest, NamesTheFoldersThatItLeavesOut) {
   EXPECT_EQ(folders->named, (URLs{FileURL("/c"), FileURL("/gone"), FileURL("/a")}));
 }
 
+TEST_F(BookmarkManagerTest, TellsWhichFoldersItHasLeftOut) {
+  EXPECT_EQ(manager.save({FileURL("/a"), FileURL("/gone")}), URLs{FileURL("/gone")});
+  EXPECT_EQ(manager.save({FileURL("/a")}), URLs{});
+}
+
+TEST_F(BookmarkManagerTest, LogsAFolderThatIsAwayOnceEachTimeThatItGoes) {
+  stored() = {FakeBookmarks::of("/a"), FakeBookmarks::of("/gone")};
+  const auto failures = [this] { return log.messages(LogLevel::error).size(); };
+  EXPECT_EQ(manager.load(), URLs{FileURL("/a")});
+  manager.loadAll();
+  manager.loadAll();
+  EXPECT_EQ(failures(), 1U);
+  files.createDirectory("/gone");
+  manager.loadAll();
+  files.remove("/gone");
+  manager.loadAll();
+  manager.loadAll();
+  EXPECT_EQ(failures(), 2U);
+  manager.load();
+  EXPECT_EQ(failures(), 3U);
+}
+
 TEST_F(BookmarkManagerTest, TellsNoListFromAnEmptyOne) {
   EXPECT_FALSE(manager.loadAll());
   stored() = {FakeBookmarks::of("/a"), std::nullopt};

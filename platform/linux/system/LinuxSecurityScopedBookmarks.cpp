@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -39,14 +40,23 @@ FolderIdentity identityOf(const FileURL& folder) {
 
 }  // namespace
 
-Data LinuxSecurityScopedBookmarks::bookmarkData(const FileURL& folder) const {
-  return FolderBookmark{folder.path(), identityOf(folder)}.encode();
+Data LinuxSecurityScopedBookmarks::bookmarkData(const FileURL& folder) const try {
+  Data bookmark = FolderBookmark{folder.path(), identityOf(folder)}.encode();
+  remember(folder, bookmark);
+  return bookmark;
+} catch (const PlatformError&) {
+  const std::lock_guard lock(mutex_);
+  const auto known = latest_.find(folder);
+  if (known == latest_.end()) throw;
+  return known->second;
 }
 
 ResolvedBookmark LinuxSecurityScopedBookmarks::resolve(std::span<const std::byte> bookmark) const {
   const FolderBookmark decoded = FolderBookmark::decode(bookmark);
   const FileURL url(decoded.path);
-  return {.url = url, .isStale = identityOf(url) != decoded.identity};
+  const FolderIdentity identity = identityOf(url);
+  remember(url, {bookmark.begin(), bookmark.end()});
+  return {.url = url, .isStale = identity != decoded.identity};
 }
 
 std::optional<FileURL> LinuxSecurityScopedBookmarks::placeOf(
@@ -63,5 +73,10 @@ bool LinuxSecurityScopedBookmarks::startAccessing(const FileURL& folder) {
 }
 
 void LinuxSecurityScopedBookmarks::stopAccessing(const FileURL&) {}
+
+void LinuxSecurityScopedBookmarks::remember(const FileURL& folder, Data bookmark) const {
+  const std::lock_guard lock(mutex_);
+  latest_.insert_or_assign(folder, std::move(bookmark));
+}
 
 }  // namespace kestrivane

@@ -29,6 +29,7 @@ class BookmarkSubject {
   BookmarkSubject& operator=(const BookmarkSubject&) = delete;
   virtual ~BookmarkSubject() = default;
   virtual SecurityScopedBookmarks& bookmarks() = 0;
+  virtual Data bookmarkOfAnEarlierRun(const std::string& name) = 0;
   virtual FileURL url(const std::string& name) = 0;
   virtual void makeFolder(const std::string& name) = 0;
   virtual void makeFile(const std::string& name) = 0;
@@ -39,6 +40,9 @@ class BookmarkSubject {
 class LinuxBookmarkSubject final : public BookmarkSubject {
  public:
   SecurityScopedBookmarks& bookmarks() override { return bookmarks_; }
+  Data bookmarkOfAnEarlierRun(const std::string& name) override {
+    return LinuxSecurityScopedBookmarks().bookmarkData(url(name));
+  }
   FileURL url(const std::string& name) override { return folder_.url(name); }
   void makeFolder(const std::string& name) override { fs::create_directory(url(name).path()); }
   void makeFile(const std::string& name) override { folder_.write(name, "content"); }
@@ -60,6 +64,9 @@ class FakeBookmarkSubject final : public BookmarkSubject {
  public:
   FakeBookmarkSubject() { files_.createDirectory("/w"); }
   SecurityScopedBookmarks& bookmarks() override { return bookmarks_; }
+  Data bookmarkOfAnEarlierRun(const std::string& name) override {
+    return FakeBookmarks::of(url(name).path());
+  }
   FileURL url(const std::string& name) override { return FileURL("/w/" + name); }
   void makeFolder(const std::string& name) override { files_.createDirectory("/w/" + name); }
   void makeFile(const std::string& name) override { files_.writeFile("/w/" + name, "content"); }
@@ -130,6 +137,21 @@ TEST_P(BookmarkConformance, NameThePlaceOfAFolderThatIsNoLongerThere) {
   subject->remove("photos");
   EXPECT_EQ(bookmarks.placeOf(bookmark), subject->url("photos"));
   EXPECT_EQ(bookmarks.placeOf(dataOf("damaged")), std::nullopt);
+}
+
+TEST_P(BookmarkConformance, OfAFolderThatIsAwayIsTheOneThatWasLastMadeOfIt) {
+  subject->makeFolder("photos");
+  const Data bookmark = bookmarks.bookmarkData(subject->url("photos"));
+  subject->remove("photos");
+  EXPECT_EQ(bookmarks.bookmarkData(subject->url("photos")), bookmark);
+}
+
+TEST_P(BookmarkConformance, OfAFolderThatIsAwayIsTheOneThatHasLedToIt) {
+  subject->makeFolder("photos");
+  const Data bookmark = subject->bookmarkOfAnEarlierRun("photos");
+  EXPECT_EQ(bookmarks.resolve(bookmark).url, subject->url("photos"));
+  subject->remove("photos");
+  EXPECT_EQ(bookmarks.bookmarkData(subject->url("photos")), bookmark);
 }
 
 TEST_P(BookmarkConformance, FailToResolveWhenTheyAreDamaged) {

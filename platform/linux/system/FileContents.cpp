@@ -20,9 +20,20 @@ namespace {
 constexpr const char* accessControlList = "system.posix_acl_access";
 constexpr std::size_t bufferSize = 256 * 1024;
 
-/// The `errno` of an attribute that this process may not or the file system cannot keep.
+/// The `errno` of an attribute that this process may not or the file system cannot keep. File
+/// systems in user space do not know some of the calls at all (`ENOSYS`); some others take the
+/// value for an impossible one (`EINVAL`).
 bool isRefused(int errnoValue) {
-  return errnoValue == EPERM || errnoValue == EACCES || errnoValue == EOPNOTSUPP;
+  switch (errnoValue) {
+    case EPERM:
+    case EACCES:
+    case EOPNOTSUPP:
+    case ENOSYS:
+    case EINVAL:
+      return true;
+    default:
+      return false;
+  }
 }
 
 bool vouchesForContent(std::string_view attribute) {
@@ -65,7 +76,7 @@ off_t copyByHand(int from, int to) {
 
 void copyOwner(const struct stat& from, int to) {
   if (fchown(to, from.st_uid, from.st_gid) == 0) return;
-  if (!isRefused(errno) && errno != EINVAL) throwSystemError(errno);
+  if (!isRefused(errno)) throwSystemError(errno);
   // Not ours to give away; the group may still be one of ours. If not, it stays as it is.
   [[maybe_unused]] const int result = fchown(to, static_cast<uid_t>(-1), from.st_gid);
 }

@@ -266,6 +266,20 @@ TEST_P(ReplaceItem, WorksWithoutHardLinksAndFilesWithoutName) {
   EXPECT_EQ(statusOf(original).st_mode & 07777, 0640U);
 }
 
+TEST_P(ReplaceItem, WorksWhereAttributesCannotBeKept) {
+  for (const int refusal : {EPERM, EOPNOTSUPP, ENOSYS, EINVAL}) {
+    for (const long call : {SYS_fchmod, SYS_fchown, SYS_flistxattr, SYS_fremovexattr}) {
+      EXPECT_EQ(reportOfReplacing([&] { refuseSystemCall(call, refusal); }), "replaced")
+          << call << ' ' << refusal;
+      expectReplaced();
+      folder.write("a.jpg", "old");
+      other.write("new", "new content");
+    }
+  }
+  EXPECT_EQ(reportOfReplacing([] { refuseSystemCall(SYS_fchmod, EIO); }),
+            "error " + std::to_string(EIO));
+}
+
 TEST_P(ReplaceItem, LeavesBothFilesWhenTheDataCannotBeFlushed) {
   const FlushHook hook([](int) { return EIO; });
   EXPECT_EQ(codeOfReplacing(), EIO);

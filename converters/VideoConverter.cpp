@@ -32,6 +32,11 @@ std::optional<MediaFileType> fileTypeFor(std::string_view extension) {
   return type->fileType;
 }
 
+/// As the error of a conversion, with the description of the exception that is being handled.
+[[noreturn]] void throwConversionFailed() {
+  throw ConversionError::conversionFailed(localizedDescription(std::current_exception()));
+}
+
 }  // namespace
 
 VideoConverter::VideoConverter(const AssetExporter& exporter)
@@ -52,8 +57,12 @@ Task<void> VideoConverter::convert(FileURL sourceURL, FileURL destinationURL) co
     throw ConversionError::unsupportedFormat(sourceURL.pathExtension(),
                                              destinationURL.pathExtension());
   }
-  const std::unique_ptr<AssetExportSession> session =
-      co_await exporter_->createSession(sourceURL, ExportPreset::highestQuality);
+  std::unique_ptr<AssetExportSession> session;
+  try {
+    session = co_await exporter_->createSession(sourceURL, ExportPreset::highestQuality);
+  } catch (...) {
+    throwConversionFailed();
+  }
   if (!session) {
     throw ConversionError::conversionFailed("Не удалось создать AVAssetExportSession для видео: " +
                                             sourceURL.lastPathComponent());
@@ -61,7 +70,7 @@ Task<void> VideoConverter::convert(FileURL sourceURL, FileURL destinationURL) co
   try {
     co_await session->exportAsset(destinationURL, *fileType);
   } catch (...) {
-    throw ConversionError::conversionFailed(localizedDescription(std::current_exception()));
+    throwConversionFailed();
   }
 }
 

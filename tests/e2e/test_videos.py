@@ -83,7 +83,7 @@ class Loading(VideoTestCase):
         for name in ("first.mp4", "second.mp4"):
             self.put(FILMS / "silent.mp4", name)
         self.start(launcher=(shutil.copy(harness.program, installed / "bin"),))
-        unusable = "A part of Kestrivane cannot be loaded: "
+        unusable = "Conversion error: A part of Kestrivane cannot be loaded: "
         self.rename("first.mp4", "first.mov", reverted="first.mp4")
         missing = failure(unusable + module.name, "first.mov", "mp4")
         self.assertPrinted(*missing)

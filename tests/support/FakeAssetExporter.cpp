@@ -47,6 +47,7 @@ class FakeAssetExporter::Session final : public AssetExportSession {
 Task<std::unique_ptr<AssetExportSession>> FakeAssetExporter::createSession(
     FileURL assetURL, ExportPreset preset) const {
   operations.push_back("session " + assetURL.path() + " " + nameOf(preset));
+  if (sessionFailure) throw PlatformError(1, *sessionFailure);
   const std::optional<std::string> content = fileSystem_.content(assetURL.path());
   if (!content || !content->starts_with(filmPrefix)) co_return nullptr;
   co_return std::make_unique<Session>(*this, content->substr(filmPrefix.size()));

@@ -20,6 +20,8 @@ class FakeAssetExporter final : public AssetExporter {
  public:
   explicit FakeAssetExporter(InMemoryFileSystem& fileSystem) : fileSystem_(fileSystem) {}
 
+  /// Makes the creation of every session fail with this description.
+  std::optional<std::string> sessionFailure;
   /// Makes every export fail with this description.
   std::optional<std::string> exportFailure;
 

@@ -98,6 +98,15 @@ TEST_F(VideoConverterTest, WithoutASessionItFailsWithTheRussianTextInBothLanguag
             "Ошибка конвертации: Не удалось создать AVAssetExportSession для видео: diary.mov");
 }
 
+TEST_F(VideoConverterTest, AnErrorInTheMakingOfTheSessionIsDescribedByIt) {
+  files.writeFile("/w/clip.mov", "film of a cat");
+  exporter.sessionFailure = "A part cannot be loaded.";
+  EXPECT_EQ(failureOf("/w/clip.mov", "/tmp/out.mp4"), "Conversion error: A part cannot be loaded.");
+  const LanguageGuard russian("ru");
+  EXPECT_EQ(failureOf("/w/clip.mov", "/tmp/out.mp4"),
+            "Ошибка конвертации: A part cannot be loaded.");
+}
+
 TEST_F(VideoConverterTest, AFailedExportIsDescribedByItsError) {
   files.writeFile("/w/clip.mov", "film of a cat");
   exporter.exportFailure = "No space left on device";

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <mutex>
-#include <string>
 #include <string_view>
 
 namespace kestrivane {
@@ -12,16 +11,13 @@ class LineWriter {
  public:
   explicit LineWriter(int descriptor) : descriptor_(descriptor) {}
 
-  /// Writes `text` as one line of valid UTF-8: control characters are written as escapes (\n,
-  /// \x1b). A reader that has gone is no reason to stop working: failures are not reported.
+  /// Writes `text` as one printable line (see `printable`). A reader that has gone is no reason to
+  /// stop working: failures are not reported.
   void writeLine(std::string_view text);
 
  private:
   std::mutex mutex_;
   int descriptor_;
 };
-
-/// `text` as `LineWriter` writes it, without the line feed at the end.
-std::string printable(std::string_view text);
 
 }  // namespace kestrivane

@@ -10,6 +10,7 @@
 #include "cli/SavedFoldersCommand.hpp"
 #include "cli/WatchProgram.hpp"
 #include "platform/PlatformError.hpp"
+#include "platform/Unicode.hpp"
 #include "platform/linux/system/ProcessMemory.hpp"
 
 namespace {

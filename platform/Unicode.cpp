@@ -32,6 +32,13 @@ Sequence firstSequence(std::string_view text) {
   return {length, true};
 }
 
+void appendEscape(std::string& line, unsigned char control) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  line += "\\x";
+  line += digits[control >> 4];
+  line += digits[control & 0x0F];
+}
+
 }  // namespace
 
 std::string validUTF8(std::string_view text) {
@@ -43,6 +50,26 @@ std::string validUTF8(std::string_view text) {
     text.remove_prefix(length);
   }
   return result;
+}
+
+std::string printable(std::string_view text) {
+  const std::string valid = validUTF8(text);
+  std::string line;
+  for (std::size_t i = 0; i < valid.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(valid[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < valid.size() ? valid[i + 1] : 0);
+    if (byte == '\n') {
+      line += "\\n";
+    } else if (byte < 0x20 || byte == 0x7F) {
+      appendEscape(line, byte);
+    } else if (byte == 0xC2 && next < 0xA0) {  // U+0080 to U+009F: control characters as well
+      appendEscape(line, next);
+      ++i;
+    } else {
+      line += valid[i];
+    }
+  }
+  return line;
 }
 
 }  // namespace kestrivane

@@ -22,4 +22,8 @@ inline std::string asciiLowercased(std::string_view text) {
 /// `text` with every byte that is not part of valid UTF-8 replaced by U+FFFD.
 std::string validUTF8(std::string_view text);
 
+/// `text` as one line of valid UTF-8 that does nothing to a terminal: control characters are
+/// written as escapes (\n, \x1b).
+std::string printable(std::string_view text);
+
 }  // namespace kestrivane

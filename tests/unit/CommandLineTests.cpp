@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "cli/CommandLine.hpp"
-#include "cli/LineWriter.hpp"
 #include "tests/support/FakeLocale.hpp"
 
 namespace kestrivane::test {
@@ -63,15 +62,6 @@ TEST(AbsoluteFolderPath, LosesDotsAndSlashesAtTheEnd) {
   EXPECT_EQ(absoluteFolderPath("/usr//./share///"), "/usr/share");
   EXPECT_EQ(absoluteFolderPath("/"), "/");
   EXPECT_EQ(absoluteFolderPath("/usr/share/.."), "/usr");
-}
-
-TEST(Printable, EscapesControlCharactersAndMendsInvalidText) {
-  EXPECT_EQ(printable("a\nb\tc\x1b[31m\x7f"), "a\\nb\\x09c\\x1b[31m\\x7f");
-  EXPECT_EQ(printable("\xC2\x9B"
-                      "31m"),
-            "\\x9b31m");
-  EXPECT_EQ(printable("ФОТО -> é"), "ФОТО -> é");
-  EXPECT_EQ(printable("a\xFF.png"), "a\xEF\xBF\xBD.png");
 }
 
 }  // namespace

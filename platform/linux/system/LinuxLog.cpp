@@ -54,21 +54,6 @@ std::string_view name(LogLevel level) {
   return "info";
 }
 
-/// Control characters are written as \xHH: a name with a line feed stays within its line, and one
-/// with an escape sequence does nothing to a terminal.
-void appendPrintable(std::string& line, std::string_view text) {
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7F) {
-      line += c;
-    } else {
-      line += "\\x";
-      line += "0123456789abcdef"[byte >> 4];
-      line += "0123456789abcdef"[byte & 0x0F];
-    }
-  }
-}
-
 class StandardErrorLogger final : public Logger {
  public:
   StandardErrorLogger(std::string_view category, bool isDebugging)
@@ -78,8 +63,7 @@ class StandardErrorLogger final : public Logger {
     if (level == LogLevel::debug && !isDebugging_) return;
     std::string line(name(level));
     line += " " + category_ + ": ";
-    appendPrintable(line, message);
-    line += '\n';
+    line += printable(message) + '\n';
     // One call for the whole line: those of other threads do not come between.
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
   } catch (...) {

@@ -1,5 +1,5 @@
 // The unified log on Linux: the journal, with fields, where there is one, else standard error with
-// one line a message. Debug messages are written only when the environment variable
+// one printable line a message. Debug messages are written only when the environment variable
 // KESTRIVANE_DEBUG is set.
 //
 // Thread-safety: the log and its loggers may be used from any thread. Ownership: loggers own what

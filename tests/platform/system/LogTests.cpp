@@ -29,7 +29,7 @@ void logAll(UnifiedLog& log) {
   const auto logger = log.makeLogger("com.kestrivane", "FolderMonitor");
   logger->log(LogLevel::debug, "ignored");
   logger->log(LogLevel::info, "Старт");
-  logger->log(LogLevel::error, "a\nb\x1b[31m\xff");
+  logger->log(LogLevel::error, "a\nb\x1b[31m\xff\u009b");
 }
 
 /// What `work` writes to standard error, in a process without a journal.
@@ -53,7 +53,7 @@ TEST(StandardErrorLog, HasOneLineForEachMessageAndNoControlCharacters) {
   if (!output) GTEST_SKIP() << "the journal is here and this user may not hide it";
   EXPECT_EQ(*output,
             "info FolderMonitor: Старт\n"
-            "error FolderMonitor: a\\x0ab\\x1b[31m\xff\n");
+            "error FolderMonitor: a\\nb\\x1b[31m\uFFFD\\x9b\n");
 }
 
 TEST(StandardErrorLog, HasDebugMessagesWhenAskedTo) {
@@ -128,7 +128,7 @@ TEST(JournalLog, SendsEachMessageAsOneRecordWithItsFields) {
             "KESTRIVANE_CATEGORY=FolderMonitor;KESTRIVANE_SUBSYSTEM=com.kestrivane;MESSAGE=Старт;"
             "PRIORITY=6;SYSLOG_IDENTIFIER=kestrivane;|"
             "KESTRIVANE_CATEGORY=FolderMonitor;KESTRIVANE_SUBSYSTEM=com.kestrivane;"
-            "MESSAGE=a\nb\x1b[31m\uFFFD;PRIORITY=3;SYSLOG_IDENTIFIER=kestrivane;|");
+            "MESSAGE=a\nb\x1b[31m\uFFFD\u009b;PRIORITY=3;SYSLOG_IDENTIFIER=kestrivane;|");
 }
 
 TEST(JournalLog, FallsBackToStandardErrorWhenTheJournalHasGone) {

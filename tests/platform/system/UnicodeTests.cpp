@@ -77,5 +77,14 @@ INSTANTIATE_TEST_SUITE_P(
                     TextCase{"\xe1\x80\xe2\xf0\x91\x92\xf1\xbf\x41", R R R R "A"}));
 #undef R
 
+TEST(PrintableText, EscapesControlCharactersAndMendsInvalidText) {
+  EXPECT_EQ(printable("a\nb\tc\x1b[31m\x7f"), "a\\nb\\x09c\\x1b[31m\\x7f");
+  EXPECT_EQ(printable("\xC2\x9B"
+                      "31m"),
+            "\\x9b31m");
+  EXPECT_EQ(printable("ФОТО -> é"), "ФОТО -> é");
+  EXPECT_EQ(printable("a\xFF.png"), "a\xEF\xBF\xBD.png");
+}
+
 }  // namespace
 }  // namespace kestrivane::test

@@ -18,6 +18,7 @@
 #include "monitor/FileObserver.hpp"
 #include "platform/PlatformError.hpp"
 #include "platform/UUID.hpp"
+#include "platform/Unicode.hpp"
 #include "platform/linux/desktop/ApplicationPalette.hpp"
 #include "platform/linux/desktop/DesktopOpenPanel.hpp"
 #include "platform/linux/desktop/DesktopUpdatePrompt.hpp"
@@ -110,7 +111,7 @@ class KestrivaneApp::Program {
   }
 
   int refuse(const std::string& reason) {
-    std::cerr << "kestrivane: " << reason << '\n';
+    std::cerr << "kestrivane: " << printable(reason) << '\n';
     notify(reason);
     return EXIT_FAILURE;
   }

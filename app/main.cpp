@@ -1,11 +1,15 @@
-// kestrivane: the application. It has no options; folders that are named are added to the watched
-// ones.
+// kestrivane: the application. Folders that are named are added to the watched ones. Its only
+// options are those that it answers to without starting.
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <cstdlib>
 #include <filesystem>
+#include <iostream>
+#include <string_view>
 #include <vector>
 
+#include "app/CommandLineAnswer.hpp"
 #include "app/KestrivaneApp.hpp"
 #include "cli/CommandLine.hpp"
 #include "cli/StopSignals.hpp"
@@ -14,6 +18,13 @@
 
 int main(int argc, char** argv) {
   using namespace kestrivane;
+
+  // Before there is anything that needs a display.
+  const std::vector<std::string_view> arguments(argv + 1, argv + argc);
+  if (const auto answer = commandLineAnswer(arguments, KESTRIVANE_VERSION)) {
+    std::cout << *answer;
+    return EXIT_SUCCESS;
+  }
 
   returnLargeBlocksWhenFreed();
   replaceInheritedState();

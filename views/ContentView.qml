@@ -25,10 +25,11 @@ Item {
         opacity: 0.5
     }
 
-    // Whatever is dropped is taken; the view model sorts out what is a folder.
+    // Whatever comes with addresses of files is taken; the view model sorts out what is a folder.
     DropArea {
         anchors.fill: parent
-        onEntered: drag => drag.accepted = drag.hasUrls
+        onEntered: drag => drag.accepted =
+            drag.urls.some(url => url.toString().startsWith("file:"))
         onDropped: drop => {
             drop.accept(Qt.CopyAction)
             if (drop.urls.length > 0)

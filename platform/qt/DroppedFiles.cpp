@@ -1,17 +1,24 @@
 #include "platform/qt/DroppedFiles.hpp"
 
+#include <algorithm>
+
 namespace kestrivane {
 namespace {
 
 /// Addresses one a line, with comments (RFC 2483).
 constexpr auto listType = "text/uri-list";
 
+constexpr QByteArrayView fileScheme = "file:";
+
+bool hasFileScheme(const QByteArray& address) {
+  return address.toLower().startsWith(fileScheme);
+}
+
 }  // namespace
 
 std::optional<FileURL> fileAtAddress(const QByteArray& address) {
-  constexpr QByteArrayView scheme = "file:";
-  if (!address.toLower().startsWith(scheme)) return std::nullopt;
-  QByteArray path = address.mid(scheme.size());
+  if (!hasFileScheme(address)) return std::nullopt;
+  QByteArray path = address.mid(fileScheme.size());
   // After "//" stands a host, empty as a rule.
   if (path.startsWith("//")) path = path.mid(std::max<qsizetype>(2, path.indexOf('/', 2)));
   if (!path.startsWith('/')) return std::nullopt;
@@ -28,11 +35,12 @@ QByteArray addressOf(const FileURL& file) {
 }
 
 bool offersFiles(const QMimeData& data) {
-  return data.hasFormat(listType);
+  const QList<QByteArray> lines = data.data(listType).split('\n');
+  return std::ranges::any_of(lines, hasFileScheme);
 }
 
 std::optional<std::vector<FileURL>> filesIn(const QMimeData& data) {
-  if (!offersFiles(data)) return std::nullopt;
+  if (!data.hasFormat(listType)) return std::nullopt;
   std::vector<FileURL> files;
   for (const QByteArray& line : data.data(listType).split('\n'))
     if (auto file = fileAtAddress(line.trimmed())) files.push_back(*std::move(file));

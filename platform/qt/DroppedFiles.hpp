@@ -20,6 +20,7 @@ std::optional<FileURL> fileAtAddress(const QByteArray& address);
 /// The "file:" address of the file.
 QByteArray addressOf(const FileURL& file);
 
+/// Whether one of the addresses in the content is that of a file.
 bool offersFiles(const QMimeData& data);
 
 /// The files in their order; nothing when the content is no list of addresses.

@@ -120,10 +120,19 @@ TEST_F(ContentViewTest, AddsADroppedFolderWhoseNameIsNoText) {
   EXPECT_EQ(folders(), Lines{"/na\xffme"});
 }
 
-TEST_F(ContentViewTest, TakesADropOfOtherAddressesAndChangesNothing) {
+TEST_F(ContentViewTest, DoesNotTakeADropOfOtherAddresses) {
   show();
   QMimeData data;
-  data.setData("text/uri-list", "http://example.org/a\r\n");
+  data.setData("text/uri-list", "http://example.org/a\r\nfiles:///a\r\n");
+  EXPECT_FALSE(drop(data));
+  EXPECT_TRUE(folders().empty());
+  EXPECT_TRUE(defaults.writes.empty());
+}
+
+TEST_F(ContentViewTest, TakesADropOfNoFolderOfThisComputerAndChangesNothing) {
+  show();
+  QMimeData data;
+  data.setData("text/uri-list", "FILE:///a%00b\r\n");
   EXPECT_TRUE(drop(data));
   EXPECT_TRUE(folders().empty());
   EXPECT_TRUE(defaults.writes.empty());
@@ -137,10 +146,9 @@ TEST_F(ContentViewTest, DoesNotTakeADropWithoutAddresses) {
   EXPECT_TRUE(folders().empty());
 }
 
-TEST_F(ContentViewTest, SpeaksTheLanguageOfTheMoment) {
-  show();
+TEST_F(ContentViewTest, SpeaksTheLanguageOfTheSystem) {
   const LanguageGuard russian("ru");
-  object->languageChanged();
+  show();
   EXPECT_EQ(value("heading", "text"), "АКТИВНЫЕ ПАПКИ");
   EXPECT_EQ(value("status", "text"), "Готов к работе");
 }

@@ -52,20 +52,22 @@ bool TrayWindow::event(QEvent* event) {
   switch (event->type()) {
     case QEvent::DragEnter: {
       auto* drag = static_cast<QDragEnterEvent*>(event);
-      if (!offersFiles(*drag->mimeData())) return false;
+      isTakingDrag_ = offersFiles(*drag->mimeData());
+      if (!isTakingDrag_) return false;
       drag->setDropAction(Qt::CopyAction);
       drag->accept();
       button_.dragEntered();
       return true;
     }
     case QEvent::DragMove: {
+      if (!isTakingDrag_) return false;
       auto* drag = static_cast<QDragMoveEvent*>(event);
-      if (!offersFiles(*drag->mimeData())) return false;
       drag->setDropAction(Qt::CopyAction);
       drag->accept();
       return true;
     }
     case QEvent::DragLeave:
+      if (!isTakingDrag_) return false;
       button_.dragExited();
       return true;
     case QEvent::Drop: {

@@ -35,6 +35,7 @@ class TrayWindow final : public QRasterWindow, private QAbstractNativeEventFilte
   SystemTray& tray_;
   StatusButton& button_;
   bool hasAlpha_;
+  bool isTakingDrag_ = false;  ///< the one that is over it or was last
 };
 
 }  // namespace kestrivane

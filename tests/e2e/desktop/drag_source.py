@@ -1,6 +1,6 @@
 """A window that files can be dragged from, for tests.
 
-    drag_source.py FILE...
+    drag_source.py FILE|ADDRESS...
 
 Prints "ready" when it can be dragged from, "dragging" when a drag has begun, "welcome" and
 "unwelcome" when the window below the pointer begins and ends to accept it, and "dropped" or
@@ -22,7 +22,7 @@ def say(word):
 
 
 def main(*files):
-    addresses = [pathlib.Path(file).as_uri() for file in files]
+    addresses = [file if "://" in file else pathlib.Path(file).as_uri() for file in files]
     window = Gtk.Window(type=Gtk.WindowType.POPUP)
     window.move(0, 500)
     window.set_default_size(200, 200)

@@ -30,6 +30,18 @@ class Drops(DesktopTestCase):
         waitUntil(lambda: self.look(icon) == idle, "the idle icon")
         self.assertIsNone(self.popover(), "the popover stays closed")
 
+    def test_addresses_that_are_not_of_files_are_not_taken(self):
+        icon = self.startWithIcon()
+        idle = self.look(icon)
+        source = DragSource(self, "https://example.org/folder")
+        source.drag(*icon.middle())
+        self.still()
+        self.assertEqual(self.look(icon), idle, "nothing is highlighted")
+        source.drop("refused")
+        popover = self.open()
+        source.drag(*popover.middle())
+        source.drop("refused")
+
     def test_the_popover_stays_open_for_a_drag_and_takes_folders(self):
         self.startWithIcon()
         popover = self.open()

@@ -53,6 +53,15 @@ TEST(FilesIn, AreTheLocalOnesInTheirOrder) {
   EXPECT_EQ(filesIn(data), (std::vector{FileURL("/b"), FileURL("/a\xe9")}));
 }
 
+TEST(FilesIn, AreNotOfferedByOtherAddresses) {
+  QMimeData data;
+  data.setData("text/uri-list", "# file:///a\r\nhttps://example.org/file:///a\r\nfiles:/a\r\n");
+  EXPECT_FALSE(offersFiles(data));
+  EXPECT_EQ(filesIn(data), std::vector<FileURL>());
+  data.setData("text/uri-list", "http://example.org/\r\nFILE:/a\r\n");
+  EXPECT_TRUE(offersFiles(data));
+}
+
 TEST(FilesIn, AreNothingInOtherKindsOfContent) {
   QMimeData data;
   data.setText("file:///a");

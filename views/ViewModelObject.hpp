@@ -23,8 +23,8 @@ class ViewModelObject final : public QObject {
   Q_PROPERTY(bool isProcessing READ isProcessing NOTIFY isProcessingChanged)
   Q_PROPERTY(bool showSuccessNotifications READ showSuccessNotifications WRITE
                  setShowSuccessNotifications NOTIFY showSuccessNotificationsChanged)
-  /// The texts are Russian, or else English.
-  Q_PROPERTY(bool isRussian READ isRussian NOTIFY languageChanged)
+  /// The texts are Russian, or else English: a program keeps the language that it started with.
+  Q_PROPERTY(bool isRussian READ isRussian CONSTANT)
 
  public:
   /// What the views ask for that is not the view model's.
@@ -52,8 +52,6 @@ class ViewModelObject final : public QObject {
  signals:
   void isProcessingChanged();
   void showSuccessNotificationsChanged();
-  /// To be emitted where the language may have changed, which the system does not announce.
-  void languageChanged();
 
  private:
   std::shared_ptr<AppViewModel> viewModel_;

@@ -93,6 +93,8 @@ void TrayWindow::paintEvent(QPaintEvent*) {
     painter.drawImage(everything, behind);
     const bool isDark = qGray(behind.pixel(0, 0)) < darkBelow;
     tint = isDark ? Qt::white : Qt::black;
+  } else {
+    painter.fillRect(everything, QGuiApplication::palette().color(QPalette::Window));
   }
   tint = tray_.foreground().value_or(tint);
   button_.paint(painter, size(), tint);

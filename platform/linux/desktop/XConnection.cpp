@@ -17,6 +17,21 @@ const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
   return nullptr;
 }
 
+/// Of the pixels of an image with this depth, as all servers in use have them.
+QImage::Format formatOfDepth(int depth) {
+  switch (depth) {
+    case 15:
+      return QImage::Format_RGB555;
+    case 16:
+      return QImage::Format_RGB16;
+    case 24:
+    case 32:
+      return QImage::Format_RGB32;
+    default:
+      return QImage::Format_Invalid;
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<XConnection> XConnection::ofApplication() {
@@ -130,11 +145,16 @@ QImage XConnection::backgroundBehind(xcb_window_t window) const {
                           xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window, 0, 0,
                                         size->width, size->height, UINT32_MAX),
                           nullptr));
-  const int bytesPerLine = size->width * 4;
-  if (!image || xcb_get_image_data_length(image.get()) < bytesPerLine * size->height) return {};
-  return QImage(xcb_get_image_data(image.get()), size->width, size->height, bytesPerLine,
-                QImage::Format_RGB32)
-      .copy();
+  if (!image) return {};
+  const QImage::Format format = formatOfDepth(image->depth);
+  if (format == QImage::Format_Invalid) return {};
+  // Lines are padded to whole words.
+  const int bytesPerLine =
+      (size->width * QImage::toPixelFormat(format).bitsPerPixel() + 31) / 32 * 4;
+  if (xcb_get_image_data_length(image.get()) < bytesPerLine * size->height) return {};
+  return QImage(xcb_get_image_data(image.get()), size->width, size->height, bytesPerLine, format)
+      .copy()
+      .convertToFormat(QImage::Format_RGB32);
 }
 
 std::optional<XConnection::Pointer> XConnection::pointer() const {

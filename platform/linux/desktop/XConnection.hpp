@@ -57,7 +57,7 @@ class XConnection {
 
   /// Where the window's upper left corner is on the root window.
   std::optional<QPoint> positionOnRoot(xcb_window_t window) const;
-  /// What the parent shows behind the window.
+  /// What the parent shows behind the window; null where that cannot be known.
   QImage backgroundBehind(xcb_window_t window) const;
 
   struct Pointer {

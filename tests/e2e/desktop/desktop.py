@@ -39,6 +39,7 @@ class DesktopTestCase(unittest.TestCase):
     """Starts an empty desktop; the test starts tray and application."""
 
     screen = SCREEN
+    depth = 24
     # Pixels of the screen for each unit that the application counts in.
     scale = 1
 
@@ -69,7 +70,7 @@ class DesktopTestCase(unittest.TestCase):
         reading, writing = os.pipe()
         server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writing), "-noreset", "-nolisten", "tcp"]
-            + ["-screen", "0", "%dx%dx24" % tuple(side * self.scale for side in self.screen)],
+            + ["-screen", "0", "x".join(map(str, [*(side * self.scale for side in self.screen), self.depth]))],
             pass_fds=[writing],
             stderr=subprocess.DEVNULL,
         )

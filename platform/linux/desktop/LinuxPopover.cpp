@@ -23,9 +23,12 @@ using namespace std::chrono_literals;
 
 /// How often the end of a press outside is looked for, as long as it lasts.
 constexpr auto releaseInterval = 20ms;
-/// On Wayland: a click on the icon that comes so soon after the keyboard was lost is the one that
-/// took it.
-constexpr auto sameClick = 300ms;
+/// A click on the icon of which the panel tells so soon after the popover was closed is the one
+/// that closed it. Anything later is meant to open it again: another click, a key, a call on the
+/// bus.
+constexpr std::chrono::milliseconds sameClick = 1s;
+/// On Wayland the popover is closed by the press, whatever the keyboard was lost to.
+constexpr std::chrono::milliseconds sameClickOnWayland = 300ms;
 
 constexpr double cornerRadius = 10;
 
@@ -92,9 +95,11 @@ void LinuxPopover::performClose() {
 }
 
 bool LinuxPopover::takeClosingClick() {
-  if (sinceKeyboardLoss_.isValid() && !sinceKeyboardLoss_.hasExpired(sameClick.count()))
-    return true;
-  return std::exchange(isClosedByLatestPress_, false);
+  const auto limit = connection_ != nullptr ? sameClick : sameClickOnWayland;
+  const bool isClosing =
+      sinceClosingClick_.isValid() && !sinceClosingClick_.hasExpired(limit.count());
+  sinceClosingClick_.invalidate();
+  return isClosing;
 }
 
 bool LinuxPopover::makeWindow() {
@@ -130,7 +135,7 @@ bool LinuxPopover::eventFilter(QObject*, QEvent* event) {
 }
 
 void LinuxPopover::pressedSomewhere() {
-  isClosedByLatestPress_ = false;
+  sinceClosingClick_.invalidate();
   if (!isShown()) {
     presses_->ignore();
     return;
@@ -146,7 +151,7 @@ void LinuxPopover::watchPress() {
   release_.stop();
   if (isOver(pointer)) return;
   performClose();
-  isClosedByLatestPress_ = true;
+  sinceClosingClick_.start();
 }
 
 bool LinuxPopover::isOver(const std::optional<XConnection::Pointer>& pointer) const {
@@ -156,7 +161,7 @@ bool LinuxPopover::isOver(const std::optional<XConnection::Pointer>& pointer) co
 void LinuxPopover::lostKeyboard() {
   if (behavior_ != PopoverBehavior::transient || !isShown()) return;
   performClose();
-  sinceKeyboardLoss_.start();
+  sinceClosingClick_.start();
 }
 
 }  // namespace kestrivane

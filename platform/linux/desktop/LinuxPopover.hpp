@@ -67,9 +67,8 @@ class LinuxPopover final : public QObject, public Popover {
 
   std::unique_ptr<OutsidePresses> presses_;  ///< on X11 only
   QTimer release_;                           ///< looks for the end of a press outside
-  bool isClosedByLatestPress_ = false;
-  QElapsedTimer sinceKeyboardLoss_;  ///< on Wayland only
-  bool wantsKeyboard_ = false;       ///< as soon as the server shows the window
+  QElapsedTimer sinceClosingClick_;          ///< valid if the latest click has closed it
+  bool wantsKeyboard_ = false;               ///< as soon as the server shows the window
   xcb_window_t formerFocus_ = XCB_WINDOW_NONE;
 
   std::unique_ptr<QWindow> window_;

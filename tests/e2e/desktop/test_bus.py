@@ -2,6 +2,7 @@
 
 import signal
 import subprocess
+import time
 
 import dbus.bus
 import trays
@@ -84,6 +85,30 @@ class Bus(DesktopTestCase):
             clickOnBusyProgram()
             self.waitForPopover()
             self.click(500, 700)
+            self.waitUntilClosed()
+
+    def test_an_item_is_opened_by_key_or_bus_after_a_click_elsewhere_has_closed_the_popover(self):
+        panel = self.startService("watcher")
+        self.start()
+        item = self.connect().get_object(panel.stdout.readline().strip(), "/StatusNotifierItem")
+        activate = lambda: item.Activate(0, 0, dbus_interface="org.kde.StatusNotifierItem")  # noqa: E731
+        for _ in range(2):
+            activate()
+            self.waitForPopover()
+            self.click(500, 700)
+            self.waitUntilClosed()
+            # Later than a panel could still tell of that click.
+            time.sleep(1.2)
+
+    def test_every_button_on_an_item_opens_and_closes_the_popover(self):
+        panel = self.startService("watcher")
+        self.start()
+        item = self.connect().get_object(panel.stdout.readline().strip(), "/StatusNotifierItem")
+        # Left, middle and right; panels that show the menu themselves do not tell of the last.
+        for click in ("Activate", "SecondaryActivate", "ContextMenu"):
+            item.get_dbus_method(click, "org.kde.StatusNotifierItem")(0, 0)
+            self.waitForPopover()
+            item.get_dbus_method(click, "org.kde.StatusNotifierItem")(0, 0)
             self.waitUntilClosed()
 
     def test_trays_that_go_at_once_leave_the_item_in_the_panel(self):

@@ -111,6 +111,15 @@ class Conversions(ToolTestCase):
         for side in ("width", "height"):
             self.assertEqual(after["video"][side], before["video"][side])
 
+    def test_mov_to_webm(self):
+        before, after = self.convert(CLIPS / "telephone-h264.mov", "a clip.mov", "a clip.webm")
+        self.assertCodecs(after, video="vp9", audio="opus")
+        # The telephone was held upright: the film is turned before it is encoded.
+        self.assertEqual(
+            (after["video"]["width"], after["video"]["height"]),
+            (before["video"]["height"], before["video"]["width"]),
+        )
+
     def test_webm_to_mp4(self):
         _, after = self.convert(CLIPS / "vp9.webm", "clip.webm", "clip.mp4")
         self.assertCodecs(after, video="h264", audio="aac")

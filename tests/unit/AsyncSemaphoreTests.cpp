@@ -36,6 +36,7 @@ TEST_F(AsyncSemaphoreTest, WithTwoPermitsTheThirdWaitsUntilASignalHandsItOne) {
   EXPECT_EQ(served, (std::vector{1, 2}));
   EXPECT_EQ(semaphore.value(), 0);
   semaphore.signal();
+  EXPECT_EQ(semaphore.value(), 0) << "the permit is the waiter's before the waiter goes on";
   loop.runUntilIdle();
   EXPECT_EQ(served, (std::vector{1, 2, 3}));
   EXPECT_EQ(semaphore.value(), 0);
@@ -63,10 +64,14 @@ TEST_F(AsyncSemaphoreTest, WaitersResumeInTheOrderTheyCalledWait) {
 TEST_F(AsyncSemaphoreTest, ALateArrivalNeverOvertakesAWaiter) {
   AsyncSemaphore semaphore(0);
   wait(semaphore, 1);
-  semaphore.signal();
+  // It starts on the loop's next turn, before the waiter goes on, which does so after the signal.
   scope.spawn(takePermit(&semaphore, 2, &served));
+  semaphore.signal();
   loop.runUntilIdle();
   EXPECT_EQ(served, std::vector{1});
+  semaphore.signal();
+  loop.runUntilIdle();
+  EXPECT_EQ(served, (std::vector{1, 2}));
 }
 
 TEST_F(AsyncSemaphoreTest, MoreSignalsThanWaitsRaiseTheValueAboveItsInitialCount) {

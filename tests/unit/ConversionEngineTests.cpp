@@ -121,6 +121,17 @@ TEST_F(ConversionEngineTest, ConvertsAllOfManyFilesRenamedAtOnceInOrder) {
   EXPECT_EQ(std::ranges::count(statuses, false), 20);
 }
 
+TEST_F(ConversionEngineTest, AFileWithoutAConverterIsLeftAloneWithoutAWord) {
+  addConverter({"png", "jpg"});
+  startEngine();
+  rename("/w/a.png", "/w/a.txt");
+  dispatch.loop.advance(10s);
+  EXPECT_TRUE(statuses.empty());
+  EXPECT_TRUE(notifications.requests.empty());
+  EXPECT_EQ(files.content("/w/a.txt"), "content of /w/a.png");
+  EXPECT_FALSE(files.content("/w/a.png"));
+}
+
 TEST_F(ConversionEngineTest, AFileWithoutAConverterHandsItsPermitBackAtOnce) {
   const auto script = addConverter({"png", "jpg"});
   startEngine();

@@ -1,5 +1,6 @@
+#include <memory>
 #include <optional>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -77,10 +78,26 @@ TEST(Published, LetsObserversSubscribeAndAssign) {
   EXPECT_EQ(seen, (Values{1, 2, 3}));
 }
 
-TEST(Published, MayGoBeforeItsSubscriptions) {
+TEST(Published, MayGoBeforeItsSubscriptionsWhichOwnTheObservers) {
   auto property = std::make_optional<Published<int>>(1);
-  const Subscription subscription = property->subscribe([](int) {});
+  auto capture = std::make_shared<int>(0);
+  const std::weak_ptr<int> observer = capture;
+  std::optional<Subscription> subscription(
+      property->subscribe([capture = std::move(capture)](int) {}));
   property.reset();
+  EXPECT_FALSE(observer.expired());
+  subscription.reset();
+  EXPECT_TRUE(observer.expired());
+}
+
+TEST(Published, KeepsNoObserverWhoseSubscriptionIsDropped) {
+  Published<int> property(1);
+  auto capture = std::make_shared<int>(0);
+  const std::weak_ptr<int> observer = capture;
+  std::optional<Subscription> subscription(
+      property.subscribe([capture = std::move(capture)](int) {}));
+  subscription.reset();
+  EXPECT_TRUE(observer.expired());
 }
 
 }  // namespace

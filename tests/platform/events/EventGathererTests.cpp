@@ -153,8 +153,10 @@ TEST_F(EventGathererTest, AnExchangeWithAStagingFileNeverLooksLikeARename) {
   gatherer.addNewName("/w/a.jpg", file, 7, start);
   gatherer.addOldName("/w/a.jpg", file, 8, start);
   gatherer.addNewName("/w/.kestrivane-staging-1", file, 8, start);
-  for (const std::uint32_t flags : takeAt(1000ms).flags)
-    EXPECT_EQ(fileEventItemModified | file, flags);
+  const EventBatch batch = takeAt(1000ms);
+  EXPECT_EQ((Paths{"/w/a.jpg", "/w/a.jpg"}), batch.paths);
+  constexpr std::uint32_t modifiedFile = fileEventItemModified | file;
+  EXPECT_EQ((std::vector<std::uint32_t>{modifiedFile, modifiedFile}), batch.flags);
 }
 
 TEST_F(EventGathererTest, ANameThatOnlyContainsTheStagingPrefixIsReported) {

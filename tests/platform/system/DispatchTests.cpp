@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <latch>
 #include <memory>
@@ -22,6 +23,8 @@
 
 namespace kestrivane::test {
 namespace {
+
+using namespace std::chrono_literals;
 
 constexpr auto userInitiated = QualityOfService::userInitiated;
 
@@ -57,15 +60,18 @@ TEST_F(DispatchTest, HandsOutTheMainLoopItWasGiven) {
 }
 
 TEST_F(DispatchTest, RunsTwoHeavyJobsAtOnce) {
-  std::latch bothRun(2);
+  std::array<std::promise<void>, 2> begun;
+  std::atomic<int> met = 0;
   std::latch bothDone(2);
-  for (int i = 0; i < 2; ++i) {
-    dispatch->globalQueue(userInitiated).post([&] {
-      bothRun.arrive_and_wait();
+  for (std::size_t i = 0; i < 2; ++i) {
+    dispatch->globalQueue(userInitiated).post([&, i] {
+      begun[i].set_value();
+      if (begun[1 - i].get_future().wait_for(20s) == std::future_status::ready) ++met;
       bothDone.count_down();
     });
   }
   bothDone.wait();
+  EXPECT_EQ(met, 2);
 }
 
 TEST_F(DispatchTest, RunsTheJobsOfASerialQueueOneAtATimeAndInOrder) {

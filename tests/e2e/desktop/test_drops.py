@@ -4,20 +4,42 @@ from desktop import DesktopTestCase, DragSource
 from waiting import waitUntil
 
 
+# The accent colour of a desktop that has chosen none.
+ACCENT = (48, 140, 198)
+
+
 class Drops(DesktopTestCase):
+    def assertHighlighted(self, icon, panel):
+        """The accent colour covers 30 % of the panel in a rectangle two points inside of the icon, with
+        corners of four points. Looks only where the symbol in the middle does not reach."""
+        shown = self.still(icon.box())
+        right, bottom = icon.width - 1, icon.height - 1
+
+        def shareOfAccent(x, y):
+            """For each channel in which the two colours differ enough to tell."""
+            pairs = zip(shown.getpixel((x, y)), panel.getpixel((x, y)), ACCENT)
+            return [(now - before) / (accent - before) for now, before, accent in pairs
+                    if abs(accent - before) > 50]
+
+        for x, y in ((2, 8), (8, 2), (right - 2, 8), (8, bottom - 2)):
+            for share in shareOfAccent(x, y):
+                self.assertAlmostEqual(share, 0.3, delta=0.03, msg=f"at {x}, {y}")
+        for x, y in ((1, 8), (8, 1), (right - 1, 8), (8, bottom - 1), (2, 2), (right - 2, 2)):
+            self.assertEqual(shown.getpixel((x, y)), panel.getpixel((x, y)), f"at {x}, {y}")
+        for x, y in ((3, 3), (right - 3, 3), (3, bottom - 3)):
+            self.assertGreater(min(shareOfAccent(x, y)), 0.2, f"at {x}, {y}")
+
     def test_folders_dropped_on_the_icon_are_watched_and_highlighted_meanwhile(self):
         icon = self.startWithIcon()
         idle = self.look(icon)
+        panel = self.picture(icon.box())
         first, second = self.makeFolder("first"), self.makeFolder("второй")
         source = DragSource(self, first, second, __file__)
 
         source.drag(*icon.middle())
         source.expect("welcome")
         waitUntil(lambda: self.look(icon) != idle, "a highlighted icon")
-        # Inside the rounded rectangle the accent colour tints the panel; outside of it nothing does.
-        highlighted = self.picture(icon.box())
-        corner, edge = highlighted.getpixel((0, 0)), highlighted.getpixel((icon.width // 2, 3))
-        self.assertNotEqual(edge, corner)
+        self.assertHighlighted(icon, panel)
         self.pointer("mousemove", 500, 300)
         source.expect("unwelcome")
         waitUntil(lambda: self.look(icon) == idle, "the idle icon")

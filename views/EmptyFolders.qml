@@ -19,6 +19,7 @@ Panel {
         spacing: 12
 
         Symbol {
+            objectName: "emptySymbol"
             anchors.horizontalCenter: parent.horizontalCenter
             name: "folder.badge.questionmark"
             size: 36

@@ -30,6 +30,7 @@ Panel {
 
     Panel {
         id: tile
+        objectName: "tile"
         anchors.left: parent.left
         anchors.leftMargin: 12
         anchors.verticalCenter: parent.verticalCenter
@@ -40,6 +41,7 @@ Panel {
         fillEnd: Theme.faded(Theme.cyan, 0.1)
 
         Symbol {
+            objectName: "folderSymbol"
             anchors.fill: parent
             name: "folder.fill"
             size: 18

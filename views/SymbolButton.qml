@@ -17,10 +17,14 @@ PlainButton {
     opacity: raised ? 1 : restingOpacity
 
     Behavior on scale {
-        Spring {}
+        Spring {
+            objectName: "scaleSpring"
+        }
     }
     Behavior on opacity {
-        Spring {}
+        Spring {
+            objectName: "opacitySpring"
+        }
     }
 
     Symbol {

@@ -14,6 +14,18 @@ Item {
         viewModel: model
     }
 
+    // With more room than the popover has.
+    Component {
+        id: roomySection
+
+        FolderSection {
+            width: 360
+            height: 800
+            viewModel: model
+            previousStop: view
+            nextStop: view
+        }
+    }
     TestCase {
         name: "FolderSection"
         when: windowShown
@@ -156,6 +168,17 @@ Item {
             verify(list.mapToItem(view, 0, list.height).y <= settings.y)
             list.positionViewAtEnd()
             verify(list.mapFromItem(add, 0, add.height).y <= list.height)
+        }
+
+        function test_theListIsNoHigherThanItMayBeWhereThereIsMoreRoom() {
+            const paths = []
+            for (let i = 0; i < 20; ++i)
+                paths.push("/folder" + i)
+            watch(paths)
+            const roomy = findChild(createTemporaryObject(roomySection, view), "list")
+            compare(roomy.height, 280)
+            verify(roomy.contentHeight > 280)
+            verify(roomy.clip)
         }
 
         function test_theEmptyStateIsInSightAfterAScrolledListWasEmptied() {

@@ -15,9 +15,11 @@ def output(*command, stdin=subprocess.DEVNULL):
 
 
 def waitUntil(condition, description):
-    """Polls `condition`; for what no event announces, such as a file that appears."""
+    """Polls `condition` and returns what it is in the end; for what no event announces, such as a
+    file that appears."""
     deadline = time.monotonic() + PATIENCE
-    while not condition():
+    while not (found := condition()):
         if time.monotonic() > deadline:
             raise AssertionError(f"waited in vain for {description}")
         time.sleep(0.005)
+    return found

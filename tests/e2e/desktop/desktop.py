@@ -168,12 +168,18 @@ class DesktopTestCase(unittest.TestCase):
         return None
 
     def waitForIcon(self):
-        waitUntil(self.icon, "an icon in the tray")
-        return self.icon()
+        """The icon, once two looks find it at one place: a tray moves what it has taken in."""
+        looks = [None]
+
+        def isAtRest():
+            looks.append(self.icon())
+            return None not in looks[-2:] and looks[-1].box() == looks[-2].box()
+
+        waitUntil(isAtRest, "an icon in the tray")
+        return looks[-1]
 
     def waitForPopover(self):
-        waitUntil(self.popover, "the popover")
-        return self.popover()
+        return waitUntil(self.popover, "the popover")
 
     def waitUntilClosed(self):
         waitUntil(lambda: self.popover() is None, "the popover to close")

@@ -37,8 +37,9 @@ std::uint64_t declaredExtent(const MediaFile& file) {
   return matroskaExtent(std::span(bytes).first(count)).value_or(0);
 }
 
-/// Whether the file is a picture in the container of movies (ISO/IEC 23008-12, 10.2 and AV1 Image
-/// File Format, 4). Since libavformat 60.4 (FFmpeg 6.0) these are opened as films of one frame.
+/// Whether the file is a picture in the container of movies (ISO/IEC 23008-12, 10.2 and AV1
+/// Image File Format, 4). Newer libraries, those of FFmpeg 7.1 among them, open these as films of
+/// one frame.
 bool isStillPicture(const AVFormatContext& format) {
   constexpr std::array<std::string_view, 8> brands = {"heic", "heix", "heim", "heis",
                                                       "mif1", "mif2", "miaf", "avif"};
